@@ -94,8 +94,9 @@ typedef struct {
   unsigned int gain_step;     /* largest step per event, half dB, 1..10 */
 } AudioAgcConfig;
 
-/* Time-domain gain core of one channel; defined inside the library. */
-typedef struct AGCinst_t AGCinst_t;
+/* Time-domain gain core of one channel, defined inside the library as
+   struct AGCinst_t_. */
+typedef struct AGCinst_t_ AGCinst_t;
 
 /* Bytes of working buffer an AGC handle needs. */
 ZEB_API unsigned int ZebAgc_GetBufferSize(void);
