@@ -4,7 +4,7 @@
  *
  * Frame: 128 samples per channel, 16-bit, mono or interleaved stereo,
  * filtered in place with one frame (128 samples) of delay. Filter modes
- * (anr_filter_mode): 0 WebRTC-derived, 1 revised OM-LSA, 2 MCRA, 3 IMCRA,
+ * (anr_filter_mode): 0 Wiener-type estimator, 1 revised OM-LSA, 2 MCRA, 3 IMCRA,
  * 4 SPP, 5 neural (16 kHz inside; not at 48 kHz; needs converge speed 2).
  *
  * Order of calls: ZebAnr_GetBufferSize, ZebAnr_Init, ZebAnr_Config, then
