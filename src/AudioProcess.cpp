@@ -1,0 +1,568 @@
+// The processing chain: handle lifecycle, configuration guards and the frame
+// loop around the 256-point frequency stage.
+#include "AudioProcess.h"
+
+#include <stdint.h>
+#include <string.h>
+
+#include "AudioProcessWrapper.h"
+#include "AudioSRCProcess.h"
+#include "ComfortNoise.h"
+#include "DynamicRangeProcessing.h"
+#include "agc.h"
+#include "debug_msglevel.h"
+#include "eq_filter.h"
+#include "kiss_fft.h"
+#include "nr_NN.h"
+#include "nr_core.h"
+#include "rnn.h"
+#include "windowfilt.h"
+
+namespace {
+
+constexpr int kFrameLenSamples = KOL_FRAME_LEN_SAMPLES;
+constexpr int kFftLenSamples = KOL_FFT_LEN_SAMPLES;
+constexpr int kSpectrumFloats = KOL_SPECTRUM_FLOATS;
+constexpr int kNnFftLenSamples = 320;  // the neural denoiser's own transform
+constexpr unsigned short kApiVersionMajor = 2;
+constexpr unsigned short kApiVersionMinor = 3;
+
+// Every record's size is a multiple of four bytes, which is all the 32-bit
+// target needs. On a 64-bit build the records holding pointers need eight, so
+// each block is rounded up to pointer size; on the target this adds nothing.
+constexpr size_t kBlockAlignBytes = sizeof(void*);
+
+constexpr size_t RoundToBlock(size_t bytes) {
+  return (bytes + kBlockAlignBytes - 1) / kBlockAlignBytes * kBlockAlignBytes;
+}
+
+// Walks the working-buffer layout. With a NULL base it only counts bytes, so
+// that the size and the carve come from one description of the layout.
+class Carver {
+ public:
+  explicit Carver(char* base) : base_(base), offset_(0) {}
+  template <typename T>
+  T* Take(size_t bytes) {
+    T* at = base_ != NULL ? reinterpret_cast<T*>(base_ + offset_) : NULL;
+    offset_ += RoundToBlock(bytes);
+    return at;
+  }
+  template <typename T>
+  T* Take() {
+    return Take<T>(sizeof(T));
+  }
+  size_t size() const { return offset_; }
+
+ private:
+  char* base_;
+  size_t offset_;
+};
+
+void WalkNoiseReductionBlock(Carver& c, AudioKolInternel* h) {
+  NSinst_t* nr[KOL_MAX_CHANNELS];
+  for (int ch = 0; ch < KOL_MAX_CHANNELS; ++ch) nr[ch] = c.Take<NSinst_t>();
+  const bool set = h != NULL;
+  if (set) {
+    for (int ch = 0; ch < KOL_MAX_CHANNELS; ++ch) h->nr_inst[ch] = nr[ch];
+  }
+  // Each companion record, channel 1 then channel 2.
+  for (int ch = 0; ch < KOL_MAX_CHANNELS; ++ch) {
+    NSWorkingBuf_t* p = c.Take<NSWorkingBuf_t>();
+    if (set) nr[ch]->NRInternalWorkBuf = p;
+  }
+  for (int ch = 0; ch < KOL_MAX_CHANNELS; ++ch) {
+    NSCJsoninst_t* p = c.Take<NSCJsoninst_t>();
+    if (set) nr[ch]->InternalParams = p;
+  }
+  for (int ch = 0; ch < KOL_MAX_CHANNELS; ++ch) {
+    DenoiseState* p = c.Take<DenoiseState>();
+    if (set) nr[ch]->NNStateWorkBuf = p;
+  }
+  for (int ch = 0; ch < KOL_MAX_CHANNELS; ++ch) {
+    NNLayerState* p = c.Take<NNLayerState>();
+    if (set) nr[ch]->nnlayer_buf = p;
+  }
+  for (int ch = 0; ch < KOL_MAX_CHANNELS; ++ch) {
+    GRUState* p = c.Take<GRUState>();
+    if (set) nr[ch]->gru_state_buff = p;
+  }
+  for (int ch = 0; ch < KOL_MAX_CHANNELS; ++ch) {
+    CommonState* p = c.Take<CommonState>();
+    if (set) nr[ch]->common = p;
+  }
+  for (int ch = 0; ch < KOL_MAX_CHANNELS; ++ch) {
+    kiss_fft_state* p = c.Take<kiss_fft_state>();
+    if (set) nr[ch]->common->kfft = p;
+  }
+  for (int ch = 0; ch < KOL_MAX_CHANNELS; ++ch) {
+    kiss_twiddle_cpx* p = c.Take<kiss_twiddle_cpx>(sizeof(kiss_twiddle_cpx) * kNnFftLenSamples);
+    if (set) nr[ch]->common->kfft->twiddles = p;
+  }
+  for (int ch = 0; ch < KOL_MAX_CHANNELS; ++ch) {
+    short* p = c.Take<short>(sizeof(short) * kNnFftLenSamples);
+    if (set) nr[ch]->common->kfft->bitrev = p;
+  }
+  const size_t srcBytes = ZebSrc_GetBufferSize((SrcConversionMode)0);
+  for (int ch = 0; ch < KOL_MAX_CHANNELS; ++ch) {
+    char* p = c.Take<char>(srcBytes);
+    if (set) nr[ch]->SRCInputWorkBuf_ptr = p;
+  }
+  for (int ch = 0; ch < KOL_MAX_CHANNELS; ++ch) {
+    char* p = c.Take<char>(srcBytes);
+    if (set) nr[ch]->SRCOutputWorkBuf_ptr = p;
+  }
+}
+
+void WalkGainControlBlock(Carver& c, AudioKolInternel* h) {
+  const bool set = h != NULL;
+  for (int ch = 0; ch < KOL_MAX_CHANNELS; ++ch) {
+    AGCinst_t* p = c.Take<AGCinst_t>();
+    if (set) h->agc_inst[ch] = p;
+  }
+  for (int ch = 0; ch < KOL_MAX_CHANNELS; ++ch) {
+    FreqAgcHandle* p = c.Take<FreqAgcHandle>();
+    if (set) h->freq_agc_inst[ch] = p;
+  }
+  for (int ch = 0; ch < KOL_MAX_CHANNELS; ++ch) {
+    ne10_fft_r2c_state_float32_t* p = c.Take<ne10_fft_r2c_state_float32_t>(FFT_GetBufferSize(kFftLenSamples));
+    if (set) h->freq_agc_inst[ch]->FFT_workingBuff.fft_Ne10_cfg = p;
+  }
+}
+
+// The whole layout, in its fixed block order; h NULL only sizes it.
+size_t WalkLayout(char* base, const AudioKolBufferConfig* kol_switch, AudioKolInternel* h) {
+  Carver c(base);
+  c.Take<AudioKolInternel>();
+  if (kol_switch->anr_enable) {
+    WalkNoiseReductionBlock(c, h);
+  }
+  if (kol_switch->eq_enable) {
+    for (int ch = 0; ch < KOL_MAX_CHANNELS; ++ch) {
+      EQinst_t* p = c.Take<EQinst_t>();
+      if (h != NULL) h->eq_inst[ch] = p;
+    }
+  }
+  if (kol_switch->agc_enable) {
+    WalkGainControlBlock(c, h);
+  }
+  postInfo_t* post = c.Take<postInfo_t>();
+  cng_t* cng[KOL_MAX_CHANNELS];
+  for (int ch = 0; ch < KOL_MAX_CHANNELS; ++ch) cng[ch] = c.Take<cng_t>();
+  ne10_fft_r2c_state_float32_t* fft = c.Take<ne10_fft_r2c_state_float32_t>(FFT_GetBufferSize(kFftLenSamples));
+  if (h != NULL) {
+    h->postInfo = post;
+    h->cng_working_buffer[0] = cng[0];
+    h->cng_working_buffer[1] = cng[1];
+    h->FFT_workingBuff.fft_Ne10_cfg = fft;
+  }
+  return c.size();
+}
+
+void PrintNeonBanner(int lv) {
+  ALGO_MSG(lv, "|--------------------------------------------------------------------------------|\n");
+  ALGO_MSG(lv, "|                                                                                |\n");
+  ALGO_MSG(lv, "|                                   NEON ENABLE                                  |\n");
+  ALGO_MSG(lv, "|                                                                                |\n");
+  ALGO_MSG(lv, "|--------------------------------------------------------------------------------|\n");
+}
+
+void ClearFrameHistories(AudioKolInternel* h) {
+  memset(h->pssAudioIn, 0, sizeof(h->pssAudioIn));
+  memset(h->mic_buf_ori, 0, sizeof(h->mic_buf_ori));
+  memset(h->pssAudioOut, 0, sizeof(h->pssAudioOut));
+  h->reduce_latency_flag = 0;
+  memset(h->pssAudio_lat, 0, sizeof(h->pssAudio_lat));
+  memset(h->counterNN, 0, sizeof(h->counterNN));
+  memset(h->output_index, 0, sizeof(h->output_index));
+  for (int ch = 0; ch < KOL_MAX_CHANNELS; ++ch) h->input_index[ch] = kFrameLenSamples;
+  memset(h->pssAudioInNN, 0, sizeof(h->pssAudioInNN));
+  memset(h->pssAudioOutNN, 0, sizeof(h->pssAudioOutNN));
+  memset(h->NN_buf_2ch, 0, sizeof(h->NN_buf_2ch));
+  memset(h->pssAudioInSRC, 0, sizeof(h->pssAudioInSRC));
+  memset(h->pssAudioOutSRC, 0, sizeof(h->pssAudioOutSRC));
+  memset(h->src_out_tmp, 0, sizeof(h->src_out_tmp));
+  memset(h->nr_audio_out_tmp, 0, sizeof(h->nr_audio_out_tmp));
+  memset(h->nr_eq_audio_out_tmp, 0, sizeof(h->nr_eq_audio_out_tmp));
+  h->FFT_workingBuff.fftSize = kFftLenSamples;
+  memset(h->ifft_out_half_prev_2ch, 0, sizeof(h->ifft_out_half_prev_2ch));
+  memset(h->fft_win_buf_2ch, 0, sizeof(h->fft_win_buf_2ch));
+}
+
+// Raw-audio dumps are not carried by this build: nothing to open.
+int DebugDumpDataInit(AudioKolInternel* /*h*/) { return 0; }
+void DebugDumpDataFree(AudioKolInternel* /*h*/) {}
+
+bool IsNoiseReductionOn(const AudioKolInternel* h) { return h->anr_config.anr_enable != 0; }
+
+// Step A and D for one channel: slide the history, bring it to float.
+void LoadChannel(AudioKolInternel* h, short* pss_audio_in, int m) {
+  postInfo_t* post = h->postInfo;
+  post->length = kFftLenSamples;
+  post->channel_number = h->kol_init.channel;
+  post->bias = (int)h->kol_init.point_number;
+  post->flag = 0;
+  LoadStreams(h->pssAudioIn[m], pss_audio_in, m, post);
+  // No neural block runs in this build: the output history mirrors the input.
+  memcpy(h->pssAudioOut[m], h->pssAudioIn[m], sizeof(h->pssAudioOut[m]));
+  const short* src = IsNoiseReductionOn(h) ? h->pssAudioOut[m] : h->pssAudioIn[m];
+  float* win = h->fft_win_buf_2ch[m];
+  for (int i = 0; i < kFftLenSamples; ++i) win[i] = (float)src[i];
+}
+
+// Step E for one channel: window, transform, spectral stages, inverse,
+// window, overlap-add into the caller's frame and keep the new tail.
+void FrequencyStage(AudioKolInternel* h, short* pss_audio_in, int m) {
+  float* win = h->fft_win_buf_2ch[m];
+  const int pn = (int)h->kol_init.point_number;
+  WindowFFT_Process(win, 0);
+  ORB_rdft(&h->FFT_workingBuff, kFftLenSamples, ORB_FFT_MODE_DO_FFT, win, h->fbf_ip, h->fbf_wfft);
+  if (IsNoiseReductionOn(h)) {
+    memcpy(h->fft_nr_buf_2ch[m], win, sizeof(float) * kSpectrumFloats);
+  }
+  ORB_rdft(&h->FFT_workingBuff, kFftLenSamples, ORB_FFT_MODE_DO_IFFT, win, h->fbf_ip, h->fbf_wfft);
+  WindowFFT_Process(win, 1);
+
+  postInfo_t* post = h->postInfo;
+  post->length = kFftLenSamples - pn;
+  post->channel_number = h->kol_init.channel;
+  post->bias = m;
+  post->flag = 0;
+  Post_OLA_Process(win, h->ifft_out_half_prev_2ch[m], pss_audio_in, post);
+  for (int k = 0; k < kFftLenSamples - pn; ++k) h->ifft_out_half_prev_2ch[m][k] = win[pn + k];
+}
+
+// Renews a handle that has run for KOL_RESET_FRAME_LIMIT frames, keeping its
+// init record, switches and the four stage configurations.
+ALGO_KOL_RET RenewHandle(AudioKolInternel* h) {
+  AudioProcessInit init = h->kol_init;
+  AudioKolBufferConfig sw = h->kol_switch;
+  AudioAnrConfig anr = h->anr_config;
+  AudioEqConfig eq = h->eq_config;
+  AudioHpfConfig hpf = h->hpf_config;
+  AudioAgcConfig agc = h->agc_config;
+  const int lv = h->dbg_level;
+  KOL_HANDLE fresh = _ZebKol_Init((const char*)h, &init, &sw);
+  int ret = (int)_ZebKol_Config(fresh, &anr, &eq, &hpf, NULL, NULL, &agc);
+  // Config reports through ALGO_KOL_RET codes; only a plain -1 counts here.
+  if (ret == -1) {
+    ALGO_ERR(lv, "[%s]Fail! Re-Config Error.\t\n", "_ZebKol_Run");
+    return ALGO_KOL_RET_FAILED;
+  }
+  return ALGO_KOL_RET_SUCCESS;
+}
+
+}  // namespace
+
+extern "C" {
+
+ALGO_KOL_RET ANR_ConvertReturnValue(int ret) {
+  if (ret == 0) return ALGO_KOL_RET_SUCCESS;
+  if (ret >= 1 && ret <= 5) return (ALGO_KOL_RET)(ALGO_KOL_RET_INIT_ERROR + (ret - 1));
+  switch (ret) {
+    case _ALGO_ANR_RET_INVALID_ENABLE: return ALGO_KOL_ANR_RET_INVALID_ENABLE;
+    case _ALGO_ANR_RET_INVALID_MODE: return ALGO_KOL_ANR_RET_INVALID_MODE;
+    case _ALGO_ANR_RET_INVALID_INTENSITY: return ALGO_KOL_ANR_RET_INVALID_INTENSITY;
+    case _ALGO_ANR_RET_INVALID_SMOOTH_LEVEL: return ALGO_KOL_ANR_RET_INVALID_SMOOTH_LEVEL;
+    case _ALGO_ANR_RET_INVALID_CONVERGE_SPEED: return ALGO_KOL_ANR_RET_INVALID_CONVERGE_SPEED;
+    case _ALGO_ANR_RET_INVALID_FILTER_MODE: return ALGO_KOL_ANR_RET_INVALID_FILTER_MODE;
+    default: return ALGO_KOL_RET_FAILED;
+  }
+}
+
+ALGO_KOL_RET EQ_ConvertReturnValue(int ret) {
+  if (ret == 0) return ALGO_KOL_RET_SUCCESS;
+  if (ret >= 1 && ret <= 5) return (ALGO_KOL_RET)(ALGO_KOL_RET_INIT_ERROR + (ret - 1));
+  switch (ret) {
+    case _ALGO_EQ_RET_INVALID_ENABLE: return ALGO_KOL_EQ_RET_INVALID_ENABLE;
+    case _ALGO_EQ_RET_INVALID_MODE: return ALGO_KOL_EQ_RET_INVALID_MODE;
+    case _ALGO_EQ_RET_INVALID_TABLE: return ALGO_KOL_EQ_RET_INVALID_TABLE;
+    case _ALGO_HPF_RET_INVALID_ENABLE: return ALGO_KOL_HPF_RET_INVALID_ENABLE;
+    case _ALGO_HPF_RET_INVALID_MODE: return ALGO_KOL_HPF_RET_INVALID_MODE;
+    case _ALGO_HPF_RET_INVALID_TABLE: return ALGO_KOL_HPF_RET_INVALID_TABLE;
+    default: return ALGO_KOL_RET_FAILED;
+  }
+}
+
+ALGO_KOL_RET AGC_ConvertReturnValue(int ret) {
+  if (ret == 0) return ALGO_KOL_RET_SUCCESS;
+  if (ret >= 1 && ret <= 5) return (ALGO_KOL_RET)(ALGO_KOL_RET_INIT_ERROR + (ret - 1));
+  switch (ret) {
+    case _ALGO_AGC_RET_INVALID_ENABLE: return ALGO_KOL_AGC_RET_INVALID_ENABLE;
+    case _ALGO_AGC_RET_INVALID_MODE: return ALGO_KOL_AGC_RET_INVALID_MODE;
+    case _ALGO_AGC_RET_INVALID_COMPRESSION_RATIO: return ALGO_KOL_AGC_RET_INVALID_COMPRESSION_RATIO;
+    case _ALGO_AGC_RET_INVALID_FREQUENCY_BAND: return ALGO_KOL_AGC_RET_INVALID_FREQUENCY_BAND;
+    case _ALGO_AGC_RET_INVALID_DROP_GAIN_MAX: return ALGO_KOL_AGC_RET_INVALID_DROP_GAIN_MAX;
+    case _ALGO_AGC_RET_INVALID_GAIN_STEP: return ALGO_KOL_AGC_RET_INVALID_GAIN_STEP;
+    case _ALGO_AGC_RET_INVALID_RELEASE_TIME: return ALGO_KOL_AGC_RET_INVALID_RELEASE_TIME;
+    case _ALGO_AGC_RET_INVALID_ATTACK_TIME: return ALGO_KOL_AGC_RET_INVALID_ATTACK_TIME;
+    case _ALGO_AGC_RET_INVALID_NOISE_GATE: return ALGO_KOL_AGC_RET_INVALID_NOISE_GATE;
+    case _ALGO_AGC_RET_INVALID_NOISE_ATTENU: return ALGO_KOL_AGC_RET_INVALID_NOISE_ATTENU;
+    case _ALGO_AGC_RET_INVALID_DROP_GAIN_LEVEL: return ALGO_KOL_AGC_RET_INVALID_DROP_GAIN_LEVEL;
+    case _ALGO_AGC_RET_INVALID_GAIN_INFO: return ALGO_KOL_AGC_RET_INVALID_GAIN_INFO;
+    // API_CONFLICT (18) and INVALID_CALLING (19) deliberately fall through to
+    // FAILED rather than mapping to the chain's codes of the same name.
+    default: return ALGO_KOL_RET_FAILED;
+  }
+}
+
+AudioKolInternel* KOL_AllocateWorkingBufferAddressPartial(const char* workingBufferAddress,
+                                                          AudioKolBufferConfig* kol_switch, int dbg_lv) {
+  if (workingBufferAddress == NULL) {
+    ALGO_ERR(dbg_lv, "[ANR]Fail! The workingBufferAddress is NULL.\t\n");
+    return NULL;
+  }
+  AudioKolInternel* h = (AudioKolInternel*)workingBufferAddress;
+  WalkLayout((char*)workingBufferAddress, kol_switch, h);
+  return h;
+}
+
+ALGO_KOL_RET KOL_CheckInitParameter(AudioProcessInit* kol_init, int dbg_lv) {
+  if (kol_init->point_number != (unsigned int)kFrameLenSamples) {
+    ALGO_ERR(dbg_lv,
+             "[KOL]Fail! Unsupported point_number %d. This KOL Lib only support point_number = %d.\t\n",
+             (int)kol_init->point_number, kFrameLenSamples);
+    return ALGO_KOL_RET_INVALID_POINT_NUMBER;
+  }
+  if (kol_init->channel != 1 && kol_init->channel != 2) {
+    ALGO_ERR(dbg_lv, "[KOL]Fail! Unsupported channel %d. This KOL Lib only support mono or stereo.\t\n",
+             (int)kol_init->channel);
+    return ALGO_KOL_RET_INVALID_CHANNEL;
+  }
+  switch (kol_init->sample_rate) {
+    case ZEB_KOL_SAMPLE_RATE_8000:
+    case ZEB_KOL_SAMPLE_RATE_16000:
+    case ZEB_KOL_SAMPLE_RATE_32000:
+    case ZEB_KOL_SAMPLE_RATE_48000:
+      return ALGO_KOL_RET_SUCCESS;
+    default:
+      // 32 kHz is accepted though the text leaves it out.
+      ALGO_ERR(dbg_lv, "[KOL]Fail! Unsupported sample_rate %d. This KOL Lib only support sample rate 8K 16K 48K.\t\n",
+               (int)kol_init->sample_rate);
+      return ALGO_KOL_RET_INVALID_SAMPLE_RATE;
+  }
+}
+
+int BufferAllocateCheck(AudioKolInternel* kol_handle) {
+  const int lv = kol_handle->dbg_level;
+  if (kol_handle->anr_config.anr_enable == 1 && kol_handle->kol_switch.anr_enable == 0) {
+    ALGO_ERR(lv, "[ANR] Fail! ANR enable without allocated buffer.\t\n");
+    return -1;
+  }
+  if ((kol_handle->eq_config.eq_enable == 1 || kol_handle->hpf_config.hpf_enable == 1) &&
+      kol_handle->kol_switch.eq_enable == 0) {
+    ALGO_ERR(lv, "[EQ/HPF] Fail! EQ or HPF enable without allocated buffer.\t\n");
+    return -1;
+  }
+  if (kol_handle->agc_config.agc_enable == 1 && kol_handle->kol_switch.agc_enable == 0) {
+    ALGO_ERR(lv, "[AGC] Fail! AGC enable without allocated buffer.\t\n");
+    return -1;
+  }
+  return 0;
+}
+
+unsigned int _ZebKol_GetBufferSize(AudioKolBufferConfig* kol_switch) {
+  if (kol_switch == NULL) {
+    return 0;
+  }
+  return (unsigned int)WalkLayout(NULL, kol_switch, NULL);
+}
+
+KOL_HANDLE _ZebKol_Init(const char* working_buffer_address, AudioProcessInit* audio_process_init,
+                        AudioKolBufferConfig* kol_switch) {
+  const int lv = DynamicMessageLevel();
+  if (working_buffer_address == NULL || audio_process_init == NULL) {
+    ALGO_ERR(lv, "[KOL]Fail! The working_buffer_address or AudioProcessInit structure is NULL.\t\n");
+    return NULL;
+  }
+  // The size of the buffer depends on the switches: without them nothing can
+  // be carved safely.
+  if (kol_switch == NULL) {
+    ALGO_ERR(lv, "[KOL]Fail! The AudioKolBufferConfig structure is NULL.\t\n");
+    return NULL;
+  }
+  if ((uintptr_t)working_buffer_address % sizeof(void*) != 0) {
+    ALGO_ERR(lv, "[KOL]Fail! The working_buffer_address is not aligned to %d bytes.\t\n", (int)sizeof(void*));
+    return NULL;
+  }
+  ALGO_MSG(lv, "[KOL]FFT mode: floating point mode.\t\n");
+  // The switches may lie inside the buffer about to be cleared.
+  AudioKolBufferConfig sw = *kol_switch;
+  AudioProcessInit init = *audio_process_init;
+  memset((void*)working_buffer_address, 0, _ZebKol_GetBufferSize(&sw));
+  AudioKolInternel* h = KOL_AllocateWorkingBufferAddressPartial(working_buffer_address, &sw, lv);
+  h->dbg_level = lv;
+  h->check_number = ALGO_CHECK_NUMBER;
+  if (KOL_CheckInitParameter(&init, lv) != ALGO_KOL_RET_SUCCESS) {
+    ALGO_ERR(lv, "[KOL]Fail! AudioProcessInit parameter error.\t\n");
+    return NULL;
+  }
+  h->kol_switch = sw;
+  h->kol_init = init;
+  h->reset_frame_cnt = 0;
+  ALGO_MSG(lv, "[KOL]Point Number: %d\t\n", (int)init.point_number);
+  ALGO_MSG(lv, "[KOL]Channel: %d\t\n", (int)init.channel);
+  ALGO_MSG(lv, "[KOL]Sample rate: %d\t\n", (int)init.sample_rate);
+  h->gain_dB = -150.0f;  // "never set"
+  h->gain = 0.0f;
+  ClearFrameHistories(h);
+  ne10_init();
+  fft_init(&h->FFT_workingBuff);
+  PrintNeonBanner(lv);
+
+  int stageResult = 0;
+  // Stage instances join here as their stages are built; until then the
+  // chain treats them as switched off.
+  if (stageResult != 0) {
+    ALGO_ERR(lv, "[KOL]Fail! KOL internal initialize error.\r\n");
+    return NULL;
+  }
+  ALGO_MSG(lv, "[KOL]KOL internal initialize succeed\r\n");
+  h->is_run_status = 0;
+  h->is_kol_config_status = 0;
+  h->is_kol_init_status = 1;
+  return h;
+}
+
+KOL_HANDLE _ZebKol_Reset(char* working_buffer_address, AudioProcessInit* audio_process_init,
+                         AudioKolBufferConfig* kol_switch) {
+  return _ZebKol_Init(working_buffer_address, audio_process_init, kol_switch);
+}
+
+ALGO_KOL_RET _ZebKol_Free(KOL_HANDLE handle) {
+  if (handle == NULL) {
+    ALGO_ERR_ALWAYS("[%s]Fail! The kol handle is NULL.\t\n", __func__);
+    return ALGO_KOL_RET_INVALID_HANDLE;
+  }
+  AudioKolInternel* h = (AudioKolInternel*)handle;
+  const int lv = h->dbg_level;
+  if (h->is_kol_init_status == 0) {
+    ALGO_ERR(lv, "[%s]Fail! Need init before ZebKol_Free.\t\n", __func__);
+    return ALGO_KOL_RET_INVALID_CALLING;
+  }
+  if (h->is_run_status != 0) {
+    ALGO_ERR(lv, "[%s]Fail! Last time %s process is unfinished.\t\n", __func__, __func__);
+    return ALGO_KOL_RET_API_CONFLICT;
+  }
+  h->is_run_status = 1;
+  fft_Free(&h->FFT_workingBuff);
+  DebugDumpDataFree(h);
+  h->is_kol_init_status = 0;
+  h->is_run_status = 0;
+  return ALGO_KOL_RET_SUCCESS;
+}
+
+ALGO_KOL_RET _ZebKol_Config(KOL_HANDLE handle, AudioAnrConfig* anr_config, AudioEqConfig* eq_config,
+                            AudioHpfConfig* hpf_config, AudioVadConfig* vad_config,
+                            AudioDereverbConfig* dereverb_config, AudioAgcConfig* agc_config) {
+  (void)vad_config;
+  (void)dereverb_config;
+  if (handle == NULL) {
+    ALGO_ERR_ALWAYS("[%s]Fail! The kol handle is NULL.\t\n", __func__);
+    return ALGO_KOL_RET_INVALID_HANDLE;
+  }
+  AudioKolInternel* h = (AudioKolInternel*)handle;
+  const int lv = h->dbg_level;
+  if (h->is_kol_init_status == 0) {
+    ALGO_ERR(lv, "[%s]Fail! Need init before ZebKol_Config.\t\n", __func__);
+    return ALGO_KOL_RET_INVALID_CALLING;
+  }
+  ALGO_KOL_RET ret = KOL_CheckInitParameter(&h->kol_init, lv);
+  if (ret != ALGO_KOL_RET_SUCCESS) {
+    ALGO_ERR(lv, "[%s]Fail! The kol init parameter error.\t\n", __func__);
+    return ret;
+  }
+  if (anr_config != NULL) {
+    if (h->kol_switch.anr_enable == 0) {
+      ALGO_WRN(lv, "[%s]Warning! No allocate anr_config buffer.\t\n", __func__);
+    } else {
+      h->anr_config = *anr_config;
+    }
+  }
+  if (eq_config != NULL) {
+    if (h->kol_switch.eq_enable == 0) {
+      ALGO_WRN(lv, "[%s]Warning! No allocate eq_config buffer.\t\n", __func__);
+    } else {
+      h->eq_config = *eq_config;
+    }
+  }
+  if (hpf_config != NULL) {
+    if (h->kol_switch.eq_enable == 0) {
+      ALGO_WRN(lv, "[%s]Warning! No allocate hpf_config buffer.\t\n", __func__);
+    } else {
+      h->hpf_config = *hpf_config;
+    }
+  }
+  if (agc_config != NULL) {
+    if (h->kol_switch.agc_enable == 0) {
+      ALGO_WRN(lv, "[%s]Warning! No allocate agc_config buffer.\t\n", __func__);
+    } else {
+      h->agc_config = *agc_config;
+    }
+  }
+  // Only the neural mode can lower the latency; without noise-reduction
+  // settings in this call the normal frequency-stage path holds.
+  h->reduce_latency_flag = 0;
+  ALGO_MSG(lv, "[%s]kol_handle->reduce_latency_flag:%d\t\n", "KOL", h->reduce_latency_flag);
+  h->is_kol_config_status = 1;
+  return ALGO_KOL_RET_SUCCESS;
+}
+
+ALGO_KOL_RET _ZebKol_Run(KOL_HANDLE handle, short* pss_audio_in) {
+  if (handle == NULL) {
+    ALGO_ERR_ALWAYS("[%s]Fail! The kol handle is NULL.\t\n", __func__);
+    return ALGO_KOL_RET_INVALID_HANDLE;
+  }
+  AudioKolInternel* h = (AudioKolInternel*)handle;
+  int lv = h->dbg_level;
+  if (h->check_number != ALGO_CHECK_NUMBER) {
+    ALGO_ERR(lv, "[%s]Fail! The kol handle is dirty in ZebKol_Run.\t\n", __func__);
+    return ALGO_KOL_RET_INVALID_HANDLE;
+  }
+  if (h->is_kol_config_status == 0) {
+    ALGO_ERR(lv, "[%s]Fail! Need config before ZebKol_Run.\t\n", __func__);
+    return ALGO_KOL_RET_INVALID_CALLING;
+  }
+  // A missing frame is refused before any state moves, so nothing is lost.
+  if (pss_audio_in == NULL) {
+    ALGO_ERR(lv, "[%s]Fail! The pss_audio_in is NULL.\t\n", __func__);
+    return ALGO_KOL_RET_FAILED;
+  }
+  if (h->reset_frame_cnt < KOL_RESET_FRAME_LIMIT) {
+    h->reset_frame_cnt += 1;
+  } else if (RenewHandle(h) != ALGO_KOL_RET_SUCCESS) {
+    return ALGO_KOL_RET_FAILED;
+  }
+  if (h->is_run_status != 0) {
+    ALGO_ERR(lv, "[%s]Fail! Last time %s process is unfinished.\t\n", __func__, __func__);
+    return ALGO_KOL_RET_API_CONFLICT;
+  }
+  // From here on an error return leaves the handle blocked until Init.
+  h->is_run_status = 1;
+  if (BufferAllocateCheck(h) != 0) {
+    return ALGO_KOL_RET_FAILED;
+  }
+  if (DebugDumpDataInit(h) != 0) {
+    ALGO_ERR(lv, "[%s]Fail! Debug dump init is error.\t\n", __func__);
+    return ALGO_KOL_RET_FAILED;
+  }
+
+  const int channels = (int)h->kol_init.channel;
+  for (int m = 0; m < channels; ++m) {
+    LoadChannel(h, pss_audio_in, m);
+    if (h->reduce_latency_flag == 0) {
+      FrequencyStage(h, pss_audio_in, m);
+    }
+  }
+  h->is_run_status = 0;
+  return ALGO_KOL_RET_SUCCESS;
+}
+
+ALGO_KOL_RET _ZebKol_GetAPIVersion(unsigned short* major, unsigned short* minor) {
+  // The digits "23" of the build's API version tag.
+  if (major != NULL) *major = kApiVersionMajor;
+  if (minor != NULL) *minor = kApiVersionMinor;
+  ALGO_PRINT_TAGGED("ALGO_MSG_MSG", "KOL_API_VERSION: %d.%d\n", kApiVersionMajor, kApiVersionMinor);
+  return ALGO_KOL_RET_SUCCESS;
+}
+
+}  // extern "C"

@@ -1,0 +1,51 @@
+// Small helpers shared by the test programs.
+#ifndef ZEB_TESTS_TEST_SUPPORT_H
+#define ZEB_TESTS_TEST_SUPPORT_H
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace zebtest {
+
+// Runs fn with standard output captured and returns what it printed.
+std::string CaptureStdout(const std::function<void()>& fn);
+
+// Sets (or, with nullptr, unsets) an environment variable for one scope.
+class ScopedEnv {
+ public:
+  ScopedEnv(const char* name, const char* value);
+  ~ScopedEnv();
+  ScopedEnv(const ScopedEnv&) = delete;
+  ScopedEnv& operator=(const ScopedEnv&) = delete;
+
+ private:
+  std::string name_;
+  std::string old_;
+  bool had_old_;
+};
+
+// A file in the temporary directory, removed at the end of the scope.
+class TempFile {
+ public:
+  explicit TempFile(const std::string& content);
+  ~TempFile();
+  TempFile(const TempFile&) = delete;
+  TempFile& operator=(const TempFile&) = delete;
+  const std::string& path() const { return path_; }
+
+ private:
+  std::string path_;
+};
+
+// Seed for random tests: ZEB_TEST_SEED if set, else from the clock; printed.
+uint32_t TestSeed();
+
+// Interleaved 16-bit tone: amplitude in sample units, frequency in Hz.
+std::vector<short> Tone(int sampleRateHz, float frequencyHz, float amplitude, int frames,
+                        int channels, int frameLenSamples = 128);
+
+}  // namespace zebtest
+
+#endif
