@@ -106,9 +106,8 @@ TEST_F(ChainLifecycle, CarveStaysInsideBufferAndReservesBothChannels) {
   EXPECT_LT(static_cast<void*>(h->postInfo), static_cast<void*>(h->cng_working_buffer[0]));
   EXPECT_TRUE(inside(h->FFT_workingBuff.fft_Ne10_cfg, FFT_GetBufferSize(256)));
   // The chain's own transform state is the last block of the buffer.
-  EXPECT_EQ(reinterpret_cast<const char*>(h->FFT_workingBuff.fft_Ne10_cfg) + FFT_GetBufferSize(256),
-            hi - (buf.size - (reinterpret_cast<const char*>(h->FFT_workingBuff.fft_Ne10_cfg) - lo) -
-                  FFT_GetBufferSize(256)));
+  const size_t fftBlock = (FFT_GetBufferSize(256) + sizeof(void*) - 1) / sizeof(void*) * sizeof(void*);
+  EXPECT_EQ(reinterpret_cast<const char*>(h->FFT_workingBuff.fft_Ne10_cfg) + fftBlock, hi);
   EXPECT_TRUE(buf.GuardIntact());
   EXPECT_EQ(h->check_number, 0x30513057);
   EXPECT_EQ(h->gain_dB, -150.0f);

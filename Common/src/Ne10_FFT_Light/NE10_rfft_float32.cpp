@@ -167,27 +167,27 @@ inline Cx<V> splatCx(const Cpx32& w) {
 // Four consecutive complex values (r, i pairs) to and from lane form.
 template <class V>
 inline Cx<V> ldCx4(const Cpx32* p) {
-  const V lo = ldSlot<V>(&p[0].r, 0);
-  const V hi = ldSlot<V>(&p[2].r, 0);
+  const V lo = ldSlot<V>(reinterpret_cast<const float*>(p), 0);
+  const V hi = ldSlot<V>(reinterpret_cast<const float*>(p + 2), 0);
   return Cx<V>{shuffle<0, 2, 4, 6>(lo, hi), shuffle<1, 3, 5, 7>(lo, hi)};
 }
 // Reads p[3], p[2], p[1], p[0] into lanes 0..3.
 template <class V>
 inline Cx<V> ldCx4Reversed(const Cpx32* p) {
-  const V lo = ldSlot<V>(&p[0].r, 0);
-  const V hi = ldSlot<V>(&p[2].r, 0);
+  const V lo = ldSlot<V>(reinterpret_cast<const float*>(p), 0);
+  const V hi = ldSlot<V>(reinterpret_cast<const float*>(p + 2), 0);
   return Cx<V>{shuffle<6, 4, 2, 0>(lo, hi), shuffle<7, 5, 3, 1>(lo, hi)};
 }
 template <class V>
 inline void stCx4(Cpx32* p, const Cx<V>& c) {
-  stSlot<V>(&p[0].r, 0, shuffle<0, 4, 1, 5>(c.r, c.i));
-  stSlot<V>(&p[2].r, 0, shuffle<2, 6, 3, 7>(c.r, c.i));
+  stSlot<V>(reinterpret_cast<float*>(p), 0, shuffle<0, 4, 1, 5>(c.r, c.i));
+  stSlot<V>(reinterpret_cast<float*>(p + 2), 0, shuffle<2, 6, 3, 7>(c.r, c.i));
 }
 // Writes lanes 3, 2, 1, 0 to p[0], p[1], p[2], p[3].
 template <class V>
 inline void stCx4Reversed(Cpx32* p, const Cx<V>& c) {
-  stSlot<V>(&p[0].r, 0, shuffle<3, 7, 2, 6>(c.r, c.i));
-  stSlot<V>(&p[2].r, 0, shuffle<1, 5, 0, 4>(c.r, c.i));
+  stSlot<V>(reinterpret_cast<float*>(p), 0, shuffle<3, 7, 2, 6>(c.r, c.i));
+  stSlot<V>(reinterpret_cast<float*>(p + 2), 0, shuffle<1, 5, 0, 4>(c.r, c.i));
 }
 
 // A_q = sum_r T_r (-j)^(rq).
@@ -779,7 +779,7 @@ void r2cEntry(Cpx32* fout, ne10_float32_t* fin, ne10_fft_r2c_cfg_float32_t cfg) 
     QuarterPlan plan;
     if (!transformUsable(cfg, &plan)) return;
     float* buffer = &cfg->buffer[0].r;
-    ne10_mixed_radix_r2c_butterfly_float32_neon<V>(&fout[0].r, fin, cfg->r_factors_neon,
+    ne10_mixed_radix_r2c_butterfly_float32_neon<V>(reinterpret_cast<float*>(fout), fin, cfg->r_factors_neon,
                                                    cfg->r_twiddles_neon, buffer);
     ne10_radix4_r2c_with_twiddles_last_stage<V>(fout, buffer, cfg->r_super_twiddles_neon, nfft);
   }
@@ -822,7 +822,7 @@ void ne10_radix8_r2c_c(ne10_fft_cpx_float32_t* Fout, const ne10_float32_t* Fin,
   (void)fstride;
   (void)mstride;
   (void)nfft;
-  ne10_radix8x4_r2c_neon<float>(&Fout[0].r, Fin, 1);
+  ne10_radix8x4_r2c_neon<float>(reinterpret_cast<float*>(Fout), Fin, 1);
 }
 
 void ne10_radix8_c2r_c(ne10_float32_t* Fout, const ne10_fft_cpx_float32_t* Fin,
@@ -830,7 +830,7 @@ void ne10_radix8_c2r_c(ne10_float32_t* Fout, const ne10_fft_cpx_float32_t* Fin,
   (void)fstride;
   (void)mstride;
   (void)nfft;
-  ne10_radix8x4_c2r_neon<float>(Fout, &Fin[0].r, 1, 1.0f / (float)kScalarPathLength);
+  ne10_radix8x4_c2r_neon<float>(Fout, reinterpret_cast<const float*>(Fin), 1, 1.0f / (float)kScalarPathLength);
 }
 
 void ne10_fft_r2c_1d_float32_neon(ne10_fft_cpx_float32_t* fout, ne10_float32_t* fin,
