@@ -26,7 +26,7 @@ AudioKolBufferConfig NoStages() {
   return s;
 }
 
-void RunChainAllOff(benchmark::State& state) {
+void BM_KolRun_AllOff(benchmark::State& state) {
   const unsigned int channels = static_cast<unsigned int>(state.range(0));
   Chain chain(16000, channels, NoStages());
   if (chain.kol == nullptr || ZebKol_Config(chain.kol, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr) !=
@@ -45,6 +45,6 @@ void RunChainAllOff(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations());
   state.SetLabel(channels == 1 ? "16 kHz mono, all stages off" : "16 kHz stereo, all stages off");
 }
-BENCHMARK(RunChainAllOff)->Arg(1)->Arg(2);
+BENCHMARK(BM_KolRun_AllOff)->Arg(1)->Arg(2);
 
 }  // namespace
