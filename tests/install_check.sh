@@ -10,7 +10,7 @@ trap 'rm -rf "$tmp"' EXIT
 prefix="$tmp/prefix"
 cmake --install "$build" --prefix "$prefix" >/dev/null
 
-lib=$(ls "$prefix"/lib*/libzebaudio.so "$prefix"/lib/*/libzebaudio.so 2>/dev/null | head -n1)
+lib=$(find "$prefix" -name libzebaudio.so | head -n1)
 stray=$(nm -D --defined-only "$lib" | awk '{print $3}' | grep -v -E '^(ZebKol_|ZebAnr_|ZebEq_|ZebAgc_|AGC_Process$)' || true)
 if [ -n "$stray" ]; then
   echo "symbols exported beyond the public API:"; echo "$stray"; exit 1
@@ -29,7 +29,7 @@ CM
 cmake -S "$tmp/consumer" -B "$tmp/consumer/build" -DCMAKE_PREFIX_PATH="$prefix" >/dev/null
 cmake --build "$tmp/consumer/build" >/dev/null
 
-pcdir=$(dirname "$(ls "$prefix"/lib*/pkgconfig/zebaudio.pc "$prefix"/lib/*/pkgconfig/zebaudio.pc 2>/dev/null | head -n1)")
+pcdir=$(dirname "$(find "$prefix" -name zebaudio.pc | head -n1)")
 export PKG_CONFIG_PATH="$pcdir"
 cc -std=c99 -Wall -Wextra -o "$tmp/pc_client" "$src/examples/kol_frame_loop.c" $(pkg-config --cflags --libs zebaudio)
 cc -std=c99 -o "$tmp/static_client" "$src/examples/kol_frame_loop.c" $(pkg-config --cflags zebaudio) \
