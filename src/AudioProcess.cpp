@@ -26,6 +26,7 @@ constexpr int kSpectrumFloats = KOL_SPECTRUM_FLOATS;
 constexpr int kNnFftLenSamples = 320;  // the neural denoiser's own transform
 constexpr unsigned short kApiVersionMajor = 2;
 constexpr unsigned short kApiVersionMinor = 3;
+constexpr int kMaxHandleId = 100;  // dump file numbers run 0..100
 
 // Every record's size is a multiple of four bytes, which is all the 32-bit
 // target needs. On a 64-bit build the records holding pointers need eight, so
@@ -229,6 +230,41 @@ void FrequencyStage(AudioKolInternel* h, short* pss_audio_in, int m) {
   post->flag = 0;
   Post_OLA_Process(win, h->ifft_out_half_prev_2ch[m], pss_audio_in, post);
   for (int k = 0; k < kFftLenSamples - pn; ++k) h->ifft_out_half_prev_2ch[m][k] = win[pn + k];
+}
+
+// Rebuilds one frame of a tap from its stored spectrum: inverse transform,
+// synthesis window, overlap-add with the tap's own tail.
+void RebuildTapFrame(AudioKolInternel* h, float (*spectrum)[KOL_SPECTRUM_TAP_FLOATS],
+                     float (*tail)[KOL_OVERLAP_TAIL_FLOATS], short* out) {
+  const int pn = (int)h->kol_init.point_number;
+  for (int m = 0; m < (int)h->kol_init.channel; ++m) {
+    float* spec = spectrum[m];
+    ORB_rdft(&h->FFT_workingBuff, kFftLenSamples, ORB_FFT_MODE_DO_IFFT, spec, h->fbf_ip, h->fbf_wfft);
+    WindowFFT_Process(spec, 1);
+    postInfo_t* post = h->postInfo;
+    post->length = kFftLenSamples - pn;
+    post->channel_number = h->kol_init.channel;
+    post->bias = m;
+    post->flag = 0;
+    Post_OLA_Process(spec, tail[m], out, post);
+    for (int k = 0; k < kFftLenSamples - pn; ++k) tail[m][k] = spec[pn + k];
+  }
+}
+
+// Slides the echo canceller's reference into the instance and leaves its
+// windowed spectrum there for the instance's next frame.
+void LoadAecReference(AudioKolInternel* h, short* aec_in, int m) {
+  NSinst_t* inst = h->nr_inst[m];
+  postInfo_t* post = h->postInfo;
+  post->length = kFftLenSamples;
+  post->channel_number = h->kol_init.channel;
+  post->bias = (int)h->kol_init.point_number;
+  post->flag = 0;
+  inst->aec_enable_flag = 1;
+  LoadStreams(inst->pssAecIn, aec_in, m, post);
+  for (int i = 0; i < kFftLenSamples; ++i) inst->fft_aec_buf_2ch[i] = (float)inst->pssAecIn[i];
+  WindowFFT_Process(inst->fft_aec_buf_2ch, 0);
+  ORB_rdft(&h->FFT_workingBuff, kFftLenSamples, ORB_FFT_MODE_DO_FFT, inst->fft_aec_buf_2ch, h->fbf_ip, h->fbf_wfft);
 }
 
 // Renews a handle that has run for KOL_RESET_FRAME_LIMIT frames, keeping its
@@ -554,6 +590,183 @@ ALGO_KOL_RET _ZebKol_Run(KOL_HANDLE handle, short* pss_audio_in) {
     }
   }
   h->is_run_status = 0;
+  return ALGO_KOL_RET_SUCCESS;
+}
+
+ALGO_KOL_RET _ZebKol_GetConfig(KOL_HANDLE handle, AudioProcessInit* audio_process_init, AudioAnrConfig* anr_config,
+                               AudioEqConfig* eq_config, AudioHpfConfig* hpf_config, AudioVadConfig* vad_config,
+                               AudioDereverbConfig* dereverb_config, AudioAgcConfig* agc_config) {
+  (void)vad_config;
+  (void)dereverb_config;
+  if (handle == NULL) {
+    // No handle, no level: a local default of 7 reports it.
+    ALGO_ERR(ALGO_MSG_LEVEL_DEFAULT, "[%s]Fail! The kol handle is NULL.\t\n", __func__);
+    return ALGO_KOL_RET_INVALID_HANDLE;
+  }
+  AudioKolInternel* h = (AudioKolInternel*)handle;
+  const int lv = h->dbg_level;
+  if (h->is_kol_config_status == 0) {
+    ALGO_ERR(lv, "[%s]Fail! Need config before ZebKol_GetConfig.\t\n", __func__);
+    return ALGO_KOL_RET_INVALID_CALLING;
+  }
+  if (audio_process_init != NULL) {
+    *audio_process_init = h->kol_init;
+  }
+  if (h->kol_switch.anr_enable == 0) {
+    ALGO_WRN(lv, "[%s]Warning! The NR Buffer is NULL.\t\n", __func__);
+  } else if (anr_config == NULL) {
+    ALGO_WRN(lv, "[%s]Warning! The anr_config is NULL.\t\n", __func__);
+  } else {
+    *anr_config = h->anr_config;
+  }
+  if (h->kol_switch.agc_enable == 0) {
+    ALGO_WRN(lv, "[%s]Warning! AGC Buffer is NULL.\t\n", __func__);
+  } else if (agc_config == NULL) {
+    ALGO_WRN(lv, "[%s]Warning! The agc_config is NULL.\t\n", __func__);
+  } else {
+    *agc_config = h->agc_config;
+  }
+  if (h->kol_switch.eq_enable == 0) {
+    ALGO_WRN(lv, "[%s]Warning! EQ/HPF Buffer is NULL.\t\n", __func__);
+  } else {
+    if (eq_config == NULL) {
+      ALGO_WRN(lv, "[%s]Warning! The eq_config is NULL.\t\n", __func__);
+    } else {
+      *eq_config = h->eq_config;
+    }
+    if (hpf_config == NULL) {
+      ALGO_WRN(lv, "[%s]Warning! The hpf_config is NULL.\t\n", __func__);
+    } else {
+      *hpf_config = h->hpf_config;
+    }
+  }
+  return ALGO_KOL_RET_SUCCESS;
+}
+
+ALGO_KOL_RET _ZebKol_GetNrResult(KOL_HANDLE handle, short* nr_audio_out) {
+  if (handle == NULL) {
+    ALGO_ERR_ALWAYS("[%s]Fail! The kol handle is NULL.\t\n", __func__);
+    return ALGO_KOL_RET_INVALID_HANDLE;
+  }
+  AudioKolInternel* h = (AudioKolInternel*)handle;
+  const int lv = h->dbg_level;
+  if (h->anr_config.anr_enable != 1 || h->kol_switch.anr_enable != 1) {
+    ALGO_ERR(lv, "[%s]Fail! Please enable or buffer allocate NR.\t\n", __func__);
+    return ALGO_KOL_ANR_RET_INVALID_ENABLE;
+  }
+  if (h->is_kol_config_status == 0) {
+    ALGO_ERR(lv, "[%s]Fail! Need config before ZebKol_GetNrResult.\t\n", __func__);
+    return ALGO_KOL_RET_INVALID_CALLING;
+  }
+  if (nr_audio_out == NULL) {
+    ALGO_ERR(lv, "[%s]Fail! The output buffer is NULL.\t\n", __func__);
+    return ALGO_KOL_RET_FAILED;
+  }
+  RebuildTapFrame(h, h->fft_nr_buf_2ch, h->ifft_nr_half_prev_2ch, nr_audio_out);
+  return ALGO_KOL_RET_SUCCESS;
+}
+
+ALGO_KOL_RET _ZebKol_GetNrEqResult(KOL_HANDLE handle, short* nr_eq_audio_out) {
+  if (handle == NULL) {
+    ALGO_ERR_ALWAYS("[%s]Fail! The kol handle is  NULL.\t\n", __func__);  // two blanks: the text as it stands
+    return ALGO_KOL_RET_INVALID_HANDLE;
+  }
+  AudioKolInternel* h = (AudioKolInternel*)handle;
+  const int lv = h->dbg_level;
+  if (h->kol_switch.eq_enable != 1) {
+    ALGO_ERR(lv, "[%s]Fail! Please allocate EQ buffer.\t\n", __func__);
+    return ALGO_KOL_EQ_RET_INVALID_ENABLE;
+  }
+  if (h->eq_config.eq_enable != 1) {
+    ALGO_ERR(lv, "[%s]Fail! Please enable EQ.\t\n", __func__);
+    return ALGO_KOL_EQ_RET_INVALID_ENABLE;
+  }
+  if (h->hpf_config.hpf_enable != 1) {
+    ALGO_ERR(lv, "[%s]Fail! Please enable HPF.\t\n", __func__);
+    return ALGO_KOL_HPF_RET_INVALID_ENABLE;
+  }
+  if (h->is_kol_config_status == 0) {
+    ALGO_ERR(lv, "[%s]Fail! Need config before ZebKol_GetNrEqResult.\t\n", __func__);
+    return ALGO_KOL_RET_INVALID_CALLING;
+  }
+  if (nr_eq_audio_out == NULL) {
+    ALGO_ERR(lv, "[%s]Fail! The output buffer is NULL.\t\n", __func__);
+    return ALGO_KOL_RET_FAILED;
+  }
+  // The run loop never fills this spectrum: the tap yields the silence of
+  // Init, as this version of the interface promises.
+  RebuildTapFrame(h, h->fft_nr_eq_buf_2ch, h->ifft_nr_eq_half_prev_2ch, nr_eq_audio_out);
+  return ALGO_KOL_RET_SUCCESS;
+}
+
+ALGO_KOL_RET _ZebKol_NrEstimateReferAec(KOL_HANDLE handle, short* aec_in) {
+  if (handle == NULL) {
+    ALGO_ERR_ALWAYS("[%s]Fail! The kol handle is NULL.\t\n", __func__);
+    return ALGO_KOL_RET_INVALID_HANDLE;
+  }
+  AudioKolInternel* h = (AudioKolInternel*)handle;
+  const int lv = h->dbg_level;
+  if (h->kol_switch.anr_enable == 1 && h->anr_config.anr_enable == 1) {
+    if (h->anr_config.anr_filter_mode == 5) {
+      ALGO_WRN(lv, "[%s]Warning! Only support anr filter mode 0~4.\t\n", __func__);
+      return ALGO_KOL_RET_SUCCESS;
+    }
+    if (aec_in == NULL) {
+      ALGO_ERR(lv, "[%s]Fail! The aec_in buffer is NULL.\t\n", __func__);
+      return ALGO_KOL_RET_FAILED;
+    }
+    for (int m = 0; m < (int)h->kol_init.channel; ++m) {
+      LoadAecReference(h, aec_in, m);
+    }
+    return ALGO_KOL_RET_SUCCESS;
+  }
+  if (h->kol_switch.anr_enable == 1) {
+    ALGO_WRN(lv, "[%s]Warning! Need enable ANR.\t\n", __func__);
+    return ALGO_KOL_RET_SUCCESS;
+  }
+  ALGO_ERR(lv, "[%s]Fail! ANR buffer does not allocate.\t\n", __func__);
+  return ALGO_KOL_RET_INVALID_HANDLE;
+}
+
+ALGO_KOL_RET _ZebKol_EnhanceNNBFMode(KOL_HANDLE handle, KOL_BF_HANDLE handle2, int is_enable) {
+  if (handle == NULL || handle2 == NULL) {
+    ALGO_ERR_ALWAYS("[%s]Fail! The kol handle or kol_bf handle is NULL.\t\n", __func__);
+    return ALGO_KOL_RET_INVALID_HANDLE;
+  }
+  AudioKolInternel* h = (AudioKolInternel*)handle;
+  const int lv = h->dbg_level;
+  if (h->is_kol_init_status == 0) {
+    ALGO_ERR(lv, "[%s]Fail! Need init before ZebKol_EnhanceNNBFMode.\t\n", __func__);
+    return ALGO_KOL_RET_INVALID_CALLING;
+  }
+  if (is_enable != 0 && is_enable != 1) {
+    ALGO_ERR(lv, "[%s]Fail! The is_enable should be set by 0 or 1.\t\n", __func__);
+    return ALGO_KOL_RET_FAILED;
+  }
+  if (h->anr_config.anr_enable == 0) {
+    ALGO_ERR(lv, "[%s]Fail! The nr module should be opened.\t\n", __func__);
+    return ALGO_KOL_RET_FAILED;
+  }
+  ALGO_WRN(lv, "[%s]Warning! Current lib does not contain EnhanceNNBF mode.\t\n", __func__);
+  return ALGO_KOL_RET_SUCCESS;
+}
+
+ALGO_KOL_RET _ZebKol_SetHandleId(KOL_HANDLE handle, int id) {
+  if (handle == NULL) {
+    ALGO_ERR_ALWAYS("[%s]Fail! The kol handle is NULL.\t\n", __func__);
+    return ALGO_KOL_RET_INVALID_HANDLE;
+  }
+  AudioKolInternel* h = (AudioKolInternel*)handle;
+  const int lv = h->dbg_level;
+  if (id > kMaxHandleId) {
+    ALGO_WRN(lv, "[%s]Warning! The kol handle id exceed 100.\t\n", __func__);
+    id = kMaxHandleId;
+  } else if (id < 0) {
+    ALGO_WRN(lv, "[%s]Warning! The kol handle id is negative number.\t\n", __func__);
+    id = 0;
+  }
+  h->dump_id = id;
+  ALGO_MSG(lv, "[%s]Set the kol handle id as %d.\t\n", __func__, id);
   return ALGO_KOL_RET_SUCCESS;
 }
 
