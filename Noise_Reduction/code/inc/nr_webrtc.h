@@ -29,11 +29,6 @@ void NR_SpeechNoiseRatioEsti(NSinst_t* inst, float* probSpeechFinal, float* snrL
 // Picks the order of the spectral moving average from the frame's reduction.
 void postfilter_calculation(NSinst_t* inst, float energy_in, float* magn, float* theFilter);
 
-// Tone keeper of the scenario detectors, run on the magnitude spectrum when the
-// tuning asks for it.
-void Sinetone_Dectection(NSinst_t* inst, float* spectrum, int length, int lag, float threshold,
-                         float influence);
-
 #ifdef __cplusplus
 }  // extern "C"
 

@@ -41,15 +41,8 @@ struct FrameRhythm {
 // Steps the update cycle and the start-up count.
 FrameRhythm AdvanceCounters(NSinst_t* inst) {
   FrameRhythm r;
-  if (Counter16Add(&inst->nframe_cnt, 1)) {
-    ALGO_WRN(inst->dbg_level, "[ANR]Warning! nframe_cnt is reset.\t\n");
-  }
-  r.limit = (unsigned short)((double)inst->fs * 0.5 / (double)inst->pn);
-  if (inst->frame_cnt <= r.limit && Counter16Add(&inst->frame_cnt, 1)) {
-    ALGO_WRN(inst->dbg_level, "[ANR]Warning! frame_cnt is reset.\t\n");
-  }
-  r.update = inst->nframe_cnt == 1;
-  if (inst->nframe_cnt >= inst->nframe_update_filter) inst->nframe_cnt = 0;
+  r.update = NR_AdvanceFrameCounters(inst) == 1;
+  r.limit = NR_FrameCountLimit(inst);
   r.modelUpdateMode = inst->modelUpdatePars[0];
   return r;
 }
