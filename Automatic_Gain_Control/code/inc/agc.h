@@ -4,6 +4,9 @@
 #ifndef ZEB_AGC_AGC_H
 #define ZEB_AGC_AGC_H
 
+#include "algo_stage_ret.h"
+#include "zebaudio/zeb_agc.h"  // AGC_Process is exported under its own name
+
 #ifdef __cplusplus
 extern "C" {
 #endif
@@ -130,6 +133,67 @@ typedef struct AGCinst_t_ {
   int AGC_TARGET_PEAK_VALUE;
   int g_is_agc_init;
 } AGCinst_t;
+
+// ---- Instance lifecycle and configuration ----
+// -1 for a NULL instance, else 0. Leaves the window pointers alone.
+int AGC_Init(AGCinst_t* inst, int frame_size);
+void AGC_InitCore(AGCinst_t* inst, int frame_size);
+// Validates the whole record first, so a failing call changes nothing.
+// user_mode 0 loads the built-in defaults instead of the record's values.
+_ALGO_AGC_RET AGC_Config(AGCinst_t* inst, _AudioAgcConfig* agc_config);
+_ALGO_AGC_RET AGC_CheckUserConfig(_AudioAgcConfig* agc_config, int dbg_level);
+// 0, or -1 when a point leaves -120..0 dB or falls below its predecessor.
+int AGC_CompressionRatioCurveSettingCheck(short* compression_ratio_input, short* compression_ratio_output,
+                                          int len, int dbg_level);
+// Core frame for a rate (32, 64 or 128 samples: about 4 ms), or -1.
+int AGC_GetFrameSizeBySamplingRate(int sampling_rate, int input_size, int dbg_level);
+// Points FftInWindow_agc and FftOutWindow_agc at the half-sine table of
+// frame_size + 1 entries; 0, or -1 for a size without a table.
+int AGC_SetWindowByFrameSize(AGCinst_t* inst, int frame_size);
+
+// ---- Setters; a NULL instance is ignored by AGC_SetCompressionRatioValue ----
+void AGC_SetSaturatedThresholdIndB(AGCinst_t* inst, int value);
+void AGC_SetTargetPowerIndB(AGCinst_t* inst, float value);
+void AGC_SetGainInfo(AGCinst_t* inst, _AgcGainInfo gain_info);
+void AGC_SetCompressionRatioValue(AGCinst_t* inst, short* in, short* out, int len);
+void AGC_SetNoiseGateAttenuation(AGCinst_t* inst, int per);
+void AGC_SetNoiseGateIndB(AGCinst_t* inst, int dB);
+void AGC_SetDownGainTime(AGCinst_t* inst, int value);
+void AGC_SetUpGainTime(AGCinst_t* inst, int value);
+void AGC_SetDropGainMax(AGCinst_t* inst, int value);
+void AGC_SetGainStep(AGCinst_t* inst, int value);
+
+// ---- Per core frame (AGC_Process is declared in zeb_agc.h) ----
+// Error in half dB between the gain that puts this frame on the curve and
+// the gain in force; 0 under the gate.
+float AGC_MainProcess(AGCinst_t* inst, short int* AudioIn);
+void AGC_CalculateNewGain(AGCinst_t* inst, float gain);
+void AGC_ReduceGain(AGCinst_t* inst);
+void AGC_SetGain(AGCinst_t* inst, float value);
+void AGC_DGainAmp(AGCinst_t* inst, short int* data);
+int AGC_SaturationDetect(AGCinst_t* inst, short int* TmpData, short int* inOutFrame);
+int AGC_SetTargetLevelByCompressionRation(AGCinst_t* inst);
+float GetValueFromdB(float dB);
+float GetdbFromValue(int value);
+
+// ---- Records of the public API as the cores see them ----
+void AGC_CopyInitRecord(_AudioAgcInit* dst, const AudioAgcInit* src);
+void AGC_CopyUserConfig(_AudioAgcConfig* dst, const AudioAgcConfig* src);
+void AGC_CopyUserConfigOut(AudioAgcConfig* dst, const _AudioAgcConfig* src);
+
+// ---- Band filters: two biquad sections with process-wide state; no
+// processing path uses them ----
+#define AGC_FILTER_BANDS 4
+#define AGC_FILTER_SECTIONS 2
+#define AGC_FILTER_TAPS 3
+extern const float filter_coef_A[AGC_FILTER_BANDS][AGC_FILTER_SECTIONS][AGC_FILTER_TAPS];
+extern const float filter_coef_B[AGC_FILTER_BANDS][AGC_FILTER_SECTIONS][AGC_FILTER_TAPS];
+extern const float filter_gain[AGC_FILTER_BANDS][AGC_FILTER_TAPS];
+// band 1..4; any other value leaves the selection as it is.
+void set_filterCoef(int band);
+float IIR_filter(float x, int i);
+float filter_loop(float in);
+void Filter_Coeff_Reset(float x, float y);
 
 #ifdef __cplusplus
 }
