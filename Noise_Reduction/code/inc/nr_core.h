@@ -5,6 +5,7 @@
 #define ZEB_NR_CORE_H
 
 #include "AudioSRCProcess.h"
+#include "algo_stage_ret.h"
 #include "nr_NN.h"
 #include "rnn.h"
 
@@ -32,6 +33,12 @@ extern "C" {
 #define NR_CONV_RESULT_FLOATS 150
 #define NR_SRC_OUTPUT_SAMPLES 1024
 #define NR_AEC_SAMPLES 256
+#define NR_NN_BLOCK_SAMPLES 160     // time-domain block of filter mode 5
+#define NR_NN_BINS 161              // bins of filter mode 5
+#define NR_B_CONV_TAPS 22
+#define NR_B_MEAN_TAPS 22
+#define NR_B_XI_LOCAL_TAPS 4
+#define NR_B_XI_GLOBAL_TAPS 32
 
 // The user's stream parameters as the core sees them.
 typedef struct {
@@ -317,6 +324,62 @@ typedef struct NSinst_t_ {
 
   int dbg_level;
 } NSinst_t;
+
+// Smoothing kernels over frequency shared by all instances; each instance
+// points at them from b_conv, b_mean, b_xi_local and b_xi_global.
+extern const float NR_b_conv[NR_B_CONV_TAPS];
+extern const float NR_b_mean[NR_B_MEAN_TAPS];
+extern const float NR_b_xi_local[NR_B_XI_LOCAL_TAPS];
+extern const float NR_b_xi_global[NR_B_XI_GLOBAL_TAPS];
+
+// ---- Instance and initialisation ----
+// The owning family clears the record, carves it (NRInternalWorkBuf,
+// InternalParams, neural pointers) and sets dbg_level before NR_Init.
+// Returns -1 for a null inst, 0 otherwise.
+int NR_Init(NSinst_t* inst, _AudioAnrInit* anr_init);
+int NR_InitCore(NSinst_t* inst, _AudioAnrInit* anr_init);
+void NR_InitInternalParams(NSCJsoninst_t* internal_params);
+void NR_set_feature_extraction_parameters(NSinst_t* inst);
+void NR_SetSmoothOrder(NSinst_t* inst, int order);
+int NR_SetProcessBins(NSinst_t* inst, int level);
+// speed 0, 1, 2 update the filter every 3rd, 2nd, every frame.
+void NR_SetUpdateFilterFrames(NSinst_t* inst, int speed);
+
+// ---- User configuration ----
+// Validates without changing anything; messages only with bit 0 of dbg_level.
+_ALGO_ANR_RET Nr_CheckUserConfig(_AudioAnrConfig* anr_config, int fs, int pn, int dbg_level);
+_ALGO_ANR_RET NR_Config(NSinst_t* inst, _AudioAnrConfig* anr_config);
+// Maps six band edges and seven intensities onto the per-bin tables of the
+// present filter_mode.
+void NR_SetMode(NSinst_t* inst, int* intensity_band, int* intensity);
+
+// ---- Frame process ----
+// One frame of one channel: for modes 0 to 4 the packed spectrum of 258
+// floats at PCM scale, for mode 5 a block of 160 samples. The result replaces
+// inOutFrame. Returns _ALGO_ANR_RET_SUCCESS, or _ALGO_ANR_RET_INIT_ERROR
+// when the mode's frame routine refuses an uninitialised instance.
+// Dispatch: mode 0 NR_Webrtc_Process (nr_webrtc.h); modes 1 to 5 pass the
+// frame through unchanged in this build.
+_ALGO_ANR_RET NR_Process(NSinst_t* inst, float* inOutFrame);
+// Frames in half a second: the limit of frame_cnt and of the initial filter.
+unsigned short NR_FrameCountLimit(const NSinst_t* inst);
+// Counter step shared by the frame routines: nframe_cnt + 1, frame_cnt + 1
+// while it is at or below the limit (wrap warnings at bit 1), then nframe_cnt
+// back to 0 once it reaches nframe_update_filter. Returns the nframe_cnt
+// value before that reset: 1 marks an update frame.
+int NR_AdvanceFrameCounters(NSinst_t* inst);
+
+// ---- Scenario detectors ----
+float Compute_Mean(float* input, int length);
+// The mean square deviation (no root is taken).
+float Compute_Std(float* input, int length, float mean);
+void Sinetone_Dectection(NSinst_t* inst, float* spectrum, int length, int lag, float threshold,
+                         float influence);
+void Check_MicInlet(NSinst_t* inst);
+// Frame speech activity in percent, averaged over the channels as the caller
+// runs channel_num 0, 1.
+void NR_Sum_Speech_Prob(NSinst_t* inst, int* speech_probability, int anr_filter_mode,
+                        int channel_num);
 
 #ifdef __cplusplus
 }  // extern "C"
