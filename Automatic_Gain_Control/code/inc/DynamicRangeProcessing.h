@@ -59,6 +59,47 @@ typedef struct FreqAgcHandle_ {
   int dbg_level;
 } FreqAgcHandle;
 
+// ---- Lifecycle ----
+// Default curves and band edges, unity gains, own transform ready. The
+// handle's dbg_level must be set before. Always 0 for a valid handle.
+_ALGO_AGC_RET freqDomainAgcInit(FreqAgcHandle* freqHandle, _AudioAgcInit* anr_init);
+// Validates like the time-domain core, then restarts the band gains at
+// gain_init and gives all three bands the record's curve.
+_ALGO_AGC_RET freqDomainAgcConfig(FreqAgcHandle* freqHandle, _AudioAgcConfig* agc_config);
+// One frame: the 256 unwindowed samples measure the level, the caller's
+// windowed spectrum (258 floats) gets the gains in place. Always 0.
+_ALGO_AGC_RET freqDomainAgcProcess(FreqAgcHandle* freqHandle, short int* timeDomainFrameWithoutWindowing,
+                                   float* inOutFrame);
+
+// ---- Band edges and per-band curves; a failing call changes nothing ----
+_ALGO_AGC_RET SetFreqBand(FreqAgcHandle* freqHandle, int* frequency);
+_ALGO_AGC_RET SetLowFreqCompressionRatioCurve(FreqAgcHandle* freqHandle, int* CompressRatioInput,
+                                              int* CompressRatioOutput);
+_ALGO_AGC_RET SetMidFreqCompressionRatioCurve(FreqAgcHandle* freqHandle, int* CompressRatioInput,
+                                              int* CompressRatioOutput);
+_ALGO_AGC_RET SetHighFreqCompressionRatioCurve(FreqAgcHandle* freqHandle, int* CompressRatioInput,
+                                               int* CompressRatioOutput);
+_ALGO_AGC_RET CheckFrequencyBand(int* frequency_band, float sampling_rate, int dbg_level);
+_ALGO_AGC_RET CheckCompressionRatioConfig(int* CompressRatioInput, int* CompressRatioOutput, int dbg_level);
+// Bin of a frequency with a bin width of fs/2/129, at most 128.
+int FrequencyToBinNum(int frequency, int sample_rate);
+
+// ---- Conversions ----
+float DecibelToValue(float x);      // dB to linear amplitude
+float DecibelToValueHalf(float g);  // half dB to linear amplitude
+float ValueToDecibel(float x);      // sample amplitude to dB full scale
+// Largest |sample| of 256, |-32768| counting as 32768.
+int PeakDetection(short int* input);
+
+// ---- Steps of freqDomainAgcProcess, in their order ----
+void TimeToFrequencyDomain(FreqAgcHandle* freqHandle, short int* input);
+void CalculateBandEnergy(FreqAgcHandle* freqHandle);
+void SetFreqBinTargatLevel(FreqAgcHandle* freqHandle);
+void CalculateApplyGain(FreqAgcHandle* freqHandle);
+void ClippingPrevent(FreqAgcHandle* freqHandle);
+void AgcApplyGain(FreqAgcHandle* freqHandle, float* input);
+void NoiseAttenuation(FreqAgcHandle* freqHandle, float* input);
+
 #ifdef __cplusplus
 }
 #endif
