@@ -385,8 +385,13 @@ TEST(NrMode0Model, LikelihoodThresholdFollowsTheHistogram) {
   InitMode0(spread, 16000);
   InitMode0(beyond, 16000);
   narrow->histLrt[3] = 50;  // no fluctuation
+  narrow->histSpecDiff[4] = 30;
   NR_FeatureParameterEstimation(narrow.get(), 1);
   EXPECT_FLOAT_EQ(narrow->priorModelPars[0], 1.0f);
+  // A steady likelihood ratio also leaves the difference feature out, though
+  // its threshold still moves.
+  EXPECT_NEAR(narrow->priorModelPars[3], 1.2f * 0.45f, 1e-6f);
+  EXPECT_FLOAT_EQ(narrow->priorModelPars[6], 0.0f);
 
   spread->histLrt[1] = 25;  // 0.15
   spread->histLrt[8] = 25;  // 0.85
@@ -424,6 +429,7 @@ TEST(NrMode0Model, FlatnessAndDifferenceThresholdsAndWeights) {
   weak->histLrt[1] = 25;
   weak->histLrt[8] = 25;
   weak->histSpecFlat[16] = 10;
+  weak->histSpecFlat[30] = 4;  // too light to merge with the first
   weak->histSpecDiff[0] = 10;  // 0.05 * 1.2 = 0.06, raised to 0.16
   NR_FeatureParameterEstimation(weak.get(), 1);
   EXPECT_FLOAT_EQ(weak->priorModelPars[1], 0.5f);
@@ -433,6 +439,17 @@ TEST(NrMode0Model, FlatnessAndDifferenceThresholdsAndWeights) {
   EXPECT_FLOAT_EQ(weak->priorModelPars[6], 0.0f);
   EXPECT_EQ(weak->histSpecFlat[16], 10);
 
+  // Two light neighbours merge into one peak heavy enough to be trusted.
+  Mode0Instance merged;
+  InitMode0(merged, 16000);
+  merged->histLrt[1] = 25;
+  merged->histLrt[8] = 25;
+  merged->histSpecFlat[16] = 10;
+  merged->histSpecFlat[17] = 6;
+  NR_FeatureParameterEstimation(merged.get(), 1);
+  EXPECT_NEAR(merged->priorModelPars[1], 0.9f * 0.85f, 1e-6f);
+  EXPECT_FLOAT_EQ(merged->priorModelPars[5], 0.5f);
+
   // A flatness peak below its position threshold is left out.
   Mode0Instance low;
   InitMode0(low, 16000);
@@ -440,6 +457,35 @@ TEST(NrMode0Model, FlatnessAndDifferenceThresholdsAndWeights) {
   NR_FeatureParameterEstimation(low.get(), 1);
   EXPECT_FLOAT_EQ(low->priorModelPars[1], 0.5f);
   EXPECT_FLOAT_EQ(low->priorModelPars[5], 0.0f);
+}
+
+// The prior of one feature alone, with the other two weighted out: the
+// likelihood ratio's mean is half the starting ratio (zero SNR halves it).
+float OneFeaturePrior(int feature, float startLogLrt, float flatness, float difference) {
+  Mode0Instance m;
+  InitMode0(m, 16000);
+  for (int i = 0; i < kBins; ++i) m->logLrtTimeAvg[i] = startLogLrt;
+  m->featureData[0] = flatness;
+  m->featureData[4] = difference;
+  for (int k = 0; k < 3; ++k) m->priorModelPars[4 + k] = k == feature ? 1.0f : 0.0f;
+  std::vector<float> zero(kBins, 0.0f), prob(kBins);
+  NR_SpeechNoiseRatioEsti(m.get(), prob.data(), zero.data(), zero.data());
+  EXPECT_NEAR(m->featureData[3], 0.5f * startLogLrt, 1e-5f);
+  return m->rawPriorSpeechProb;
+}
+
+double Indicator(double x) { return 0.5 * (std::tanh(x) + 1.0); }
+
+TEST(NrMode0Model, IndicatorWidthsFollowThePreviousIndicator) {
+  // Likelihood ratio against 0.5: steep below, shallow above.
+  EXPECT_NEAR(OneFeaturePrior(0, 0.6f, 0.5f, 0.5f), Indicator(8.0 * (0.3 - 0.5)), 1e-5);
+  EXPECT_NEAR(OneFeaturePrior(0, 1.4f, 0.5f, 0.5f), Indicator(4.0 * (0.7 - 0.5)), 1e-5);
+  // Flatness: steep when the first indicator (not the flatness) is above 0.5.
+  EXPECT_NEAR(OneFeaturePrior(1, 1.4f, 0.3f, 0.5f), Indicator(8.0 * (0.5 - 0.3)), 1e-5);
+  EXPECT_NEAR(OneFeaturePrior(1, 0.6f, 0.3f, 0.5f), Indicator(4.0 * (0.5 - 0.3)), 1e-5);
+  // Difference: steep when the flatness indicator is below 0.5.
+  EXPECT_NEAR(OneFeaturePrior(2, 0.6f, 0.8f, 0.6f), Indicator(8.0 * (0.6 - 0.5)), 1e-5);
+  EXPECT_NEAR(OneFeaturePrior(2, 0.6f, 0.3f, 0.6f), Indicator(4.0 * (0.6 - 0.5)), 1e-5);
 }
 
 TEST(NrMode0Model, SpeechProbabilityFollowsTheLocalSnr) {
@@ -535,6 +581,8 @@ TEST_F(Mode0Loop, FilterStaysWithinItsFloorAndUnity) {
     for (int i = 1; i < 128; ++i) {
       ASSERT_GE(m.work->theFilter[i], m->denoiseBound[i]) << "seed " << seed << " bin " << i;
       ASSERT_LE(m.work->theFilter[i], 1.0f) << "seed " << seed << " bin " << i;
+      // The decision-directed memory keeps the clamped value.
+      ASSERT_EQ(m->smooth[i], m.work->theFilter[i]);
     }
   }
 }
@@ -553,7 +601,7 @@ float MirroredMean(const float* filter, int i, int h, float smoothConst) {
 TEST_F(Mode0Loop, StoredFilterIsTheMirroredMeanTimesOneFrameGain) {
   const uint32_t seed = zebtest::TestSeed();
   std::mt19937 rng(seed);
-  for (const int order : {10, 4, 21, 0}) {
+  for (const int order : {10, 4, 21, 1, 0}) {
     Mode0Instance m;
     InitMode0(m, 16000);
     m->nframe_update_filter = 1;
@@ -576,6 +624,62 @@ TEST_F(Mode0Loop, StoredFilterIsTheMirroredMeanTimesOneFrameGain) {
     // The top bin is left out of the frame gain.
     EXPECT_NEAR(m->preFilter[128], ref[128], 2e-5f) << "order " << order;
   }
+}
+
+TEST_F(Mode0Loop, MagnitudesCountTheTopBinTwice) {
+  Mode0Instance m;
+  InitMode0(m, 16000);
+  std::vector<float> frame(kSpecFloats, 0.0f);
+  frame[0] = 2.7f * kSpecScale;     // bin 0: integer part only
+  frame[1] = 0.0f;
+  frame[256] = -1.5f * kSpecScale;  // bin 128
+  double sum = 2.0 + 1.0;           // the two integer magnitudes
+  double energy = (2.7 * 2.7 + 1.5 * 1.5) / 129.0;
+  for (int k = 1; k <= 128; ++k) {
+    const double re = k == 128 ? -1.5 : 0.01 * k, im = k == 128 ? 0.0 : -0.02;
+    frame[2 * k] = (float)(re * kSpecScale);
+    frame[2 * k + 1] = (float)(im * kSpecScale);
+    sum += std::sqrt(re * re + im * im);
+    energy += (re * re + im * im) / 129.0;
+  }
+  RunFrame(m.get(), frame);
+  EXPECT_NEAR(m.work->magn[0], 2.0f, 1e-4f);
+  EXPECT_NEAR(m.work->magn[128], 1.5f, 1e-4f);
+  sum += 130 * 1.52587890625e-05;  // the floor added to every magnitude
+  EXPECT_NEAR(m->sumMagn, sum, 1e-4);
+  EXPECT_NEAR(m->signalEnergy, energy, 1e-4);
+}
+
+// The noise update, bin by bin from the bottom: the first estimate of a bin
+// uses the smoothing constant its lower neighbour chose.
+TEST_F(Mode0Loop, NoiseUpdateCarriesTheSmoothingConstantUpward) {
+  std::mt19937 rng(43);
+  Mode0Instance m;
+  InitMode0(m, 16000);
+  m->nframe_update_filter = 1;
+  std::vector<double> x = WhiteNoise(rng, 40, 1000.0);
+  for (size_t n = 128 * 20; n < x.size(); ++n) x[n] += 6000.0 * std::sin(2 * M_PI * 0.11 * n);
+  int carried = 0;
+  for (int frame = 0; frame < 40; ++frame) {
+    const std::vector<float> before(m->noisePrev, m->noisePrev + kBins);
+    RunFrame(m.get(), maker.Frame(x, frame));
+    const float range = m.tune->fmode0_delta_prob_range;
+    float gamma = 0.9f;
+    for (int i = 0; i < kBins; ++i) {
+      const float p = m.work->probSpeechFinal[i], magn = m.work->magn[i];
+      auto smooth = [&](float g) {
+        return before[i] * g + (1.0f - g) * (magn * (1.0f - p) + before[i] * p);
+      };
+      const float first = smooth(gamma);
+      const float old = gamma;
+      gamma = p > range ? 0.99f
+                        : (p < range ? (float)(((double)(1.0f - p) - 0.7) / 6.0 + 0.9) : 0.9f);
+      const float expected = gamma == old ? first : std::min(first, smooth(gamma));
+      if (gamma != old) ++carried;
+      ASSERT_EQ(m->noisePrev[i], expected) << "frame " << frame << " bin " << i;
+    }
+  }
+  EXPECT_GT(carried, 100);
 }
 
 TEST_F(Mode0Loop, FramesBetweenUpdatesRepeatTheStoredFilter) {
