@@ -111,7 +111,8 @@ TEST(FreqAgcSetup, InitDefaultsAndConfigOverwritesEveryBand) {
     EXPECT_EQ(h->compression_ratio_config.compressionRatioArrayOutput[b][6], 0.0f);
   }
   c.gain_step = 11;
-  EXPECT_EQ(freqDomainAgcConfig(h, &c), _ALGO_AGC_RET_INVALID_GAIN_STEP);
+  const std::string text = zebtest::CaptureStdout([&] { EXPECT_EQ(freqDomainAgcConfig(h, &c), _ALGO_AGC_RET_INVALID_GAIN_STEP); });
+  EXPECT_EQ(text, "[ALGO_MSG_ERR] [AGC] GainStep value error\t11\n");
   EXPECT_EQ(h->agc_config.gain_step, 2u);
 }
 
