@@ -106,8 +106,7 @@ int EstimateFlatnessThreshold(NSinst_t* inst) {
   HistPeaks p = FindPeaks(inst->histSpecFlat, par.binSizeSpecFlat);
   MergePeaks(&p, par.limitPeakSpacingSpecFlat, par.limitPeakWeightsSpecFlat);
   if (p.weight1 < par.thresWeightSpecFlat || p.pos1 < par.thresPosSpecFlat) return 0;
-  inst->priorModelPars[1] =
-      Clamp(par.factor2ModelPars * p.pos1, par.minSpecFlat, par.maxSpecFlat);
+  inst->priorModelPars[1] = Clamp(par.factor2ModelPars * p.pos1, par.minSpecFlat, par.maxSpecFlat);
   return 1;
 }
 
