@@ -1,68 +1,596 @@
-// The stand-alone noise reduction family, ZebAnr_*. Each exported function
+// The stand-alone noise reduction family, ZebAnr_*: working-buffer layout,
+// lifecycle and status guards, and the frame loop of window, transform,
+// noise reducer, inverse transform and overlap-add. Each exported function
 // forwards unchanged to its internal _ZebAnr_* counterpart.
-#include <stddef.h>
+#include "AudioAnrProcess.h"
 
-#include "zebaudio/zeb_anr.h"
+#include <math.h>
+#include <stddef.h>
+#include <string.h>
+
+#include "AudioSRCProcess.h"
+#include "ComfortNoise.h"
+#include "debug_msglevel.h"
+#include "kiss_fft.h"
+#include "nr_NN.h"
+#include "rnn.h"
+#include "windowfilt.h"
+
+namespace {
+
+constexpr int kMaxChannels = ANR_MAX_CHANNELS;
+constexpr int kFrameLenSamples = ANR_FRAME_LEN_SAMPLES;
+constexpr int kFftLenSamples = ANR_FFT_LEN_SAMPLES;
+constexpr int kNnFftLenSamples = ANR_NN_FFT_LEN_SAMPLES;
+constexpr int kNnFilterMode = 5;
+constexpr int kMaxHandleId = 100;  // dump file numbers run 0..100
+constexpr double kComfortNoiseOffsetDb = 24.21;
+
+// Every record's size is a multiple of four bytes, which is all the 32-bit
+// target needs. On a 64-bit build the records holding pointers need eight, so
+// each block is rounded up to pointer size; on the target this adds nothing.
+constexpr size_t kBlockAlignBytes = sizeof(void*);
+
+constexpr size_t RoundToBlock(size_t bytes) {
+  return (bytes + kBlockAlignBytes - 1) / kBlockAlignBytes * kBlockAlignBytes;
+}
+
+// Walks the working-buffer layout. With a NULL base it only counts bytes, so
+// that the size and the carve come from one description of the layout.
+class Carver {
+ public:
+  explicit Carver(char* base) : base_(base), offset_(0) {}
+  template <typename T>
+  T* Take(size_t bytes) {
+    T* at = base_ != NULL ? reinterpret_cast<T*>(base_ + offset_) : NULL;
+    offset_ += RoundToBlock(bytes);
+    return at;
+  }
+  template <typename T>
+  T* Take() {
+    return Take<T>(sizeof(T));
+  }
+  size_t size() const { return offset_; }
+
+ private:
+  char* base_;
+  size_t offset_;
+};
+
+// Each kind of record for channel 0, then for channel 1; the pointers are
+// stored only when h is given.
+void WalkNoiseReducers(Carver& c, AudioAnrInternel* h) {
+  NSinst_t* nr[kMaxChannels];
+  for (int ch = 0; ch < kMaxChannels; ++ch) nr[ch] = c.Take<NSinst_t>();
+  const bool set = h != NULL;
+  if (set) {
+    for (int ch = 0; ch < kMaxChannels; ++ch) h->nr_inst[ch] = nr[ch];
+  }
+  for (int ch = 0; ch < kMaxChannels; ++ch) {
+    NSWorkingBuf_t* p = c.Take<NSWorkingBuf_t>();
+    if (set) nr[ch]->NRInternalWorkBuf = p;
+  }
+  for (int ch = 0; ch < kMaxChannels; ++ch) {
+    NSCJsoninst_t* p = c.Take<NSCJsoninst_t>();
+    if (set) nr[ch]->InternalParams = p;
+  }
+  for (int ch = 0; ch < kMaxChannels; ++ch) {
+    DenoiseState* p = c.Take<DenoiseState>();
+    if (set) nr[ch]->NNStateWorkBuf = p;
+  }
+  for (int ch = 0; ch < kMaxChannels; ++ch) {
+    NNLayerState* p = c.Take<NNLayerState>();
+    if (set) nr[ch]->nnlayer_buf = p;
+  }
+  for (int ch = 0; ch < kMaxChannels; ++ch) {
+    GRUState* p = c.Take<GRUState>();
+    if (set) nr[ch]->gru_state_buff = p;
+  }
+  for (int ch = 0; ch < kMaxChannels; ++ch) {
+    CommonState* p = c.Take<CommonState>();
+    if (set) nr[ch]->common = p;
+  }
+  for (int ch = 0; ch < kMaxChannels; ++ch) {
+    kiss_fft_state* p = c.Take<kiss_fft_state>();
+    if (set) nr[ch]->common->kfft = p;
+  }
+  for (int ch = 0; ch < kMaxChannels; ++ch) {
+    kiss_twiddle_cpx* p = c.Take<kiss_twiddle_cpx>(sizeof(kiss_twiddle_cpx) * kNnFftLenSamples);
+    if (set) nr[ch]->common->kfft->twiddles = p;
+  }
+  for (int ch = 0; ch < kMaxChannels; ++ch) {
+    short* p = c.Take<short>(sizeof(short) * kNnFftLenSamples);
+    if (set) nr[ch]->common->kfft->bitrev = p;
+  }
+  const size_t srcBytes = ZebSrc_GetBufferSize((SrcConversionMode)0);
+  for (int ch = 0; ch < kMaxChannels; ++ch) {
+    char* p = c.Take<char>(srcBytes);
+    if (set) nr[ch]->SRCInputWorkBuf_ptr = p;
+  }
+  for (int ch = 0; ch < kMaxChannels; ++ch) {
+    char* p = c.Take<char>(srcBytes);
+    if (set) nr[ch]->SRCOutputWorkBuf_ptr = p;
+  }
+}
+
+// The whole layout in its fixed order; h NULL only sizes it.
+size_t WalkLayout(char* base, AudioAnrInternel* h) {
+  Carver c(base);
+  c.Take<AudioAnrInternel>();
+  WalkNoiseReducers(c, h);
+  cng_t* cng[kMaxChannels];
+  for (int ch = 0; ch < kMaxChannels; ++ch) cng[ch] = c.Take<cng_t>();
+  postInfo_t* post = c.Take<postInfo_t>();
+  ne10_fft_r2c_state_float32_t* fft =
+      c.Take<ne10_fft_r2c_state_float32_t>(FFT_GetBufferSize(kFftLenSamples));
+  if (h != NULL) {
+    h->cng_working_buffer[0] = cng[0];
+    h->cng_working_buffer[1] = cng[1];
+    h->postInfo = post;
+    h->FFT_workingBuff.fft_Ne10_cfg = fft;
+  }
+  return c.size();
+}
+
+AudioAnrInternel* NR_AllocateWorkingBufferAddressPartial(char* working_buffer_address) {
+  if (working_buffer_address == NULL) return NULL;
+  AudioAnrInternel* h = reinterpret_cast<AudioAnrInternel*>(working_buffer_address);
+  WalkLayout(working_buffer_address, h);
+  return h;
+}
+
+// The core's result codes in the family's numbering: the first eleven match,
+// the filter mode moves to 13, anything else is a failure.
+ALGO_ANR_RET ANR_ConvertReturnValue(int ret) {
+  if (ret >= _ALGO_ANR_RET_SUCCESS && ret <= _ALGO_ANR_RET_INVALID_CONVERGE_SPEED) {
+    return (ALGO_ANR_RET)ret;
+  }
+  if (ret == _ALGO_ANR_RET_INVALID_FILTER_MODE) return ALGO_ANR_RET_INVALID_FILTER_MODE;
+  return ALGO_ANR_RET_FAILED;
+}
+
+ALGO_ANR_RET NR_CheckInitParameter(const AudioAnrInit* anr_init, int dbg_level) {
+  if (anr_init->point_number != (unsigned int)kFrameLenSamples) {
+    ALGO_ERR(dbg_level,
+             "[ANR]Fail! Unsupported point_number %d. This ANR Lib only support point_number = "
+             "%d.\t\n",
+             (int)anr_init->point_number, kFrameLenSamples);
+    return ALGO_ANR_RET_INVALID_POINT_NUMBER;
+  }
+  if (anr_init->channel != 1 && anr_init->channel != 2) {
+    ALGO_ERR(dbg_level,
+             "[ANR]Fail! Unsupported channel %d. This ANR Lib only support mono or stereo.\t\n",
+             (int)anr_init->channel);
+    return ALGO_ANR_RET_INVALID_CHANNEL;
+  }
+  const int fs = (int)anr_init->sample_rate;
+  if (fs != 8000 && fs != 16000 && fs != 32000 && fs != 48000) {
+    ALGO_ERR(dbg_level,
+             "[ANR]Fail! Unsupported sample_rate %d. This ANR Lib only support sample rate 8K 16K "
+             "32K 48K.\t\n",
+             fs);
+    return ALGO_ANR_RET_INVALID_SAMPLE_RATE;
+  }
+  return ALGO_ANR_RET_SUCCESS;
+}
+
+AudioAnrInit PublicInit(const _AudioAnrInit& in) {
+  AudioAnrInit out;
+  out.point_number = in.point_number;
+  out.channel = in.channel;
+  out.sample_rate = (ZEB_ANR_SAMPLE_RATE)in.sample_rate;
+  return out;
+}
+
+_AudioAnrInit CoreInit(const AudioAnrInit& in) {
+  _AudioAnrInit out;
+  out.point_number = in.point_number;
+  out.channel = in.channel;
+  out.sample_rate = (int)in.sample_rate;
+  return out;
+}
+
+// The level in force for a handle: that of its first noise reducer. A handle
+// that never went through Init has none, and then every message shows.
+int Level(const AudioAnrInternel* h) {
+  return h->nr_inst[0] != NULL ? h->nr_inst[0]->dbg_level : ALGO_MSG_LEVEL_DEFAULT;
+}
+
+int Channels(const AudioAnrInternel* h) { return (int)h->anr_init.channel; }
+
+void PrintNeonBanner(int lv) {
+  ALGO_MSG(lv, "|--------------------------------------------------------------------------------|\n");
+  ALGO_MSG(lv, "|                                                                                |\n");
+  ALGO_MSG(lv, "|                                   NEON ENABLE                                  |\n");
+  ALGO_MSG(lv, "|                                                                                |\n");
+  ALGO_MSG(lv, "|--------------------------------------------------------------------------------|\n");
+}
+
+void ClearFrameBuffers(AudioAnrInternel* h) {
+  memset(h->pssAudioIn, 0, sizeof(h->pssAudioIn));
+  memset(h->mic_buf_ori, 0, sizeof(h->mic_buf_ori));
+  memset(h->pssAudioOut, 0, sizeof(h->pssAudioOut));
+  memset(h->fbf_ip, 0, sizeof(h->fbf_ip));
+  memset(h->fft_win_buf_2ch, 0, sizeof(h->fft_win_buf_2ch));
+  memset(h->fbf_wfft, 0, sizeof(h->fbf_wfft));
+  memset(h->ifft_out_half_prev_2ch, 0, sizeof(h->ifft_out_half_prev_2ch));
+  memset(h->fbf_ip_agc, 0, sizeof(h->fbf_ip_agc));
+  memset(h->fft_win_buf_2ch_agc, 0, sizeof(h->fft_win_buf_2ch_agc));
+  memset(h->fbf_wfft_agc, 0, sizeof(h->fbf_wfft_agc));
+  memset(h->ifft_out_half_prev_2ch_agc, 0, sizeof(h->ifft_out_half_prev_2ch_agc));
+  memset(h->counterNN, 0, sizeof(h->counterNN));
+  memset(h->output_index, 0, sizeof(h->output_index));
+  for (int ch = 0; ch < kMaxChannels; ++ch) h->input_index[ch] = kFrameLenSamples;
+  memset(h->pssAudioInNN, 0, sizeof(h->pssAudioInNN));
+  memset(h->pssAudioOutNN, 0, sizeof(h->pssAudioOutNN));
+  memset(h->NN_buf_2ch, 0, sizeof(h->NN_buf_2ch));
+  memset(h->pssAudioInSRC, 0, sizeof(h->pssAudioInSRC));
+  memset(h->pssAudioOutSRC, 0, sizeof(h->pssAudioOutSRC));
+  memset(h->src_out_tmp, 0, sizeof(h->src_out_tmp));
+}
+
+// Raw-audio dumps are not carried by this build: nothing to open or close.
+int DebugDumpDataInit(AudioAnrInternel* /*h*/) { return 0; }
+void DebugDumpDataFree(AudioAnrInternel* /*h*/) {}
+
+// The tuning file reader is not carried by this build: no file is read.
+unsigned int GetJsonFileSize(const char* /*jsonfile*/) { return 0; }
+int NR_ReadJsonFile(NSinst_t* /*inst*/, char* /*jsonBuffer*/, char* /*jsonfile*/,
+                    unsigned int /*buffSize*/) {
+  return -1;
+}
+
+// The stream through one channel's frequency stage. Returns the core's result.
+int RunChannel(AudioAnrInternel* h, short* pss_audio_in, int ch) {
+  postInfo_t* post = h->postInfo;
+  const int pn = (int)h->anr_init.point_number;
+  const bool enabled = h->anr_config.anr_enable != 0;
+  NSinst_t* nr = h->nr_inst[ch];
+  float* buf = h->fft_win_buf_2ch[ch];
+
+  post->length = kFftLenSamples;
+  post->channel_number = h->anr_init.channel;
+  post->bias = pn;
+  post->flag = 0;
+  LoadStreams(h->pssAudioIn[ch], pss_audio_in, ch, post);
+  // The neural mode re-blocks into its own hops and is not part of this
+  // build: its stream takes the plain path below with the spectrum untouched.
+  memcpy(h->pssAudioOut[ch], h->pssAudioIn[ch], sizeof(h->pssAudioOut[ch]));
+
+  const short* src = enabled ? h->pssAudioOut[ch] : h->pssAudioIn[ch];
+  for (int i = 0; i < kFftLenSamples; ++i) buf[i] = (float)src[i];
+  WindowFFT_Process(buf, 0);
+  ORB_rdft(&h->FFT_workingBuff, kFftLenSamples, ORB_FFT_MODE_DO_FFT, buf, h->fbf_ip, h->fbf_wfft);
+  if (enabled && nr->filter_mode != kNnFilterMode) {
+    const int ret = NR_Process(nr, buf);
+    if (ret != _ALGO_ANR_RET_SUCCESS) return ret;
+  }
+  ORB_rdft(&h->FFT_workingBuff, kFftLenSamples, ORB_FFT_MODE_DO_IFFT, buf, h->fbf_ip, h->fbf_wfft);
+  WindowFFT_Process(buf, 1);
+
+  post->length = kFftLenSamples - pn;
+  post->channel_number = h->anr_init.channel;
+  post->bias = ch;
+  post->flag = 0;
+  Post_OLA_Process(buf, h->ifft_out_half_prev_2ch[ch], pss_audio_in, post);
+  for (int i = 0; i < kFftLenSamples - pn; ++i) h->ifft_out_half_prev_2ch[ch][i] = buf[pn + i];
+  return _ALGO_ANR_RET_SUCCESS;
+}
+
+}  // namespace
 
 extern "C" {
 
-// Not yet available in this build: reports failure.
-unsigned int _ZebAnr_GetBufferSize(void) {
-  return 0;
+// ================================================= lifecycle ==
+
+unsigned int _ZebAnr_GetBufferSize(void) { return (unsigned int)WalkLayout(NULL, NULL); }
+
+ANR_HANDLE _ZebAnr_Init(char* working_buffer_address, AudioAnrInit* anr_init) {
+  const int lv = DynamicMessageLevel();
+  if (working_buffer_address == NULL || anr_init == NULL) {
+    ALGO_ERR(lv, "[ANR]Fail! The working_buffer_address or AudioAnrInit structure is NULL.\t\n");
+    return NULL;
+  }
+  ALGO_MSG(lv, "[ANR]FFT mode: floating point mode.\t\n");
+  memset(working_buffer_address, 0, _ZebAnr_GetBufferSize());
+  AudioAnrInternel* h = NR_AllocateWorkingBufferAddressPartial(working_buffer_address);
+  if (h == NULL) {
+    ALGO_ERR(lv, "[ANR]Fail! Allocate address Error.\t\n");
+    return NULL;
+  }
+  h->nr_inst[0]->dbg_level = lv;
+  if (anr_init->channel == 2) h->nr_inst[1]->dbg_level = lv;
+  h->check_number = ALGO_CHECK_NUMBER;
+  if (NR_CheckInitParameter(anr_init, lv) != ALGO_ANR_RET_SUCCESS) {
+    ALGO_ERR(lv, "[ANR]Fail! AudioAnrInit parameter error.\t\n");
+    return NULL;
+  }
+  h->anr_init = CoreInit(*anr_init);
+  ALGO_MSG(lv, "[ANR]Point Number: %d\t\n", (int)h->anr_init.point_number);
+  ALGO_MSG(lv, "[ANR]Channel: %d\t\n", (int)h->anr_init.channel);
+  ALGO_MSG(lv, "[ANR]Sample rate: %d\t\n", h->anr_init.sample_rate);
+
+  ClearFrameBuffers(h);
+  h->FFT_workingBuff.fftSize = kFftLenSamples;
+  ne10_init();
+  fft_init(&h->FFT_workingBuff);
+  PrintNeonBanner(lv);
+
+  // Comfort noise is not part of this build: its per-channel records stay
+  // as the clearing left them.
+  int sum = NR_Init(h->nr_inst[0], &h->anr_init);
+  if (Channels(h) == 2) sum += NR_Init(h->nr_inst[1], &h->anr_init);
+  if (sum != 0) {
+    ALGO_ERR(lv, "[ANR]Fail! ANR internal initialize error.\t\n");
+    return NULL;
+  }
+  ALGO_MSG(lv, "[ANR]ANR internal initialize succeed.\t\n");
+  h->input_dump = NULL;
+  h->output_dump = NULL;
+  h->is_anr_init_status = 1;
+  return h;
 }
 
-ANR_HANDLE _ZebAnr_Init(char*, AudioAnrInit*) {
-  return NULL;
+ANR_HANDLE _ZebAnr_Reset(char* working_buffer_address, AudioAnrInit* anr_init) {
+  return _ZebAnr_Init(working_buffer_address, anr_init);
 }
 
-ANR_HANDLE _ZebAnr_Reset(char*, AudioAnrInit*) {
-  return NULL;
+ALGO_ANR_RET _ZebAnr_Free(ANR_HANDLE handle) {
+  if (handle == NULL) {
+    ALGO_ERR_ALWAYS("[%s]Fail! The anr handle is NULL.\t\n", "_ZebAnr_Free");
+    return ALGO_ANR_RET_INVALID_HANDLE;
+  }
+  AudioAnrInternel* h = static_cast<AudioAnrInternel*>(handle);
+  if (h->is_anr_init_status == 0) {
+    ALGO_ERR(Level(h), "[%s]Fail! Need init before ZebAnr_Free.\t\n", "_ZebAnr_Free");
+    return ALGO_ANR_RET_INVALID_CALLING;
+  }
+  if (h->is_run_status != 0) return ALGO_ANR_RET_API_CONFLICT;
+  h->is_run_status = 1;
+  fft_Free(&h->FFT_workingBuff);
+  DebugDumpDataFree(h);
+  h->is_anr_init_status = 0;
+  h->is_run_status = 0;
+  // The neural denoiser holds nothing outside the buffer in this build.
+  return ALGO_ANR_RET_SUCCESS;
 }
 
-ALGO_ANR_RET _ZebAnr_Config(ANR_HANDLE, AudioAnrConfig*) {
-  return ALGO_ANR_RET_FAILED;
+// ============================================= configuration ==
+
+ALGO_ANR_RET _ZebAnr_Config(ANR_HANDLE handle, AudioAnrConfig* anr_config) {
+  if (handle == NULL) {
+    ALGO_ERR_ALWAYS("[%s]Fail! The anr handle is NULL.\t\n", "_ZebAnr_Config");
+    return ALGO_ANR_RET_INVALID_HANDLE;
+  }
+  AudioAnrInternel* h = static_cast<AudioAnrInternel*>(handle);
+  const int lv = Level(h);
+  if (h->is_anr_init_status == 0) {
+    ALGO_ERR(lv, "[%s]Fail! Need init before ZebAnr_Config.\t\n", "_ZebAnr_Config");
+    return ALGO_ANR_RET_INVALID_CALLING;
+  }
+  const AudioAnrInit stored = PublicInit(h->anr_init);
+  const ALGO_ANR_RET initRet = NR_CheckInitParameter(&stored, lv);
+  if (initRet != ALGO_ANR_RET_SUCCESS) {
+    ALGO_ERR(lv, "[%s]Fail! The anr init parameter error.\t\n", "_ZebAnr_Config");
+    return initRet;
+  }
+  if (anr_config == NULL) {
+    ALGO_ERR(lv, "[ANR]Fail! Config Fail.\t\n");
+    return ANR_ConvertReturnValue(_ALGO_ANR_RET_INVALID_HANDLE);
+  }
+  // Stored before it is validated: a refused record still replaces the last one.
+  _AudioAnrConfig* c = &h->anr_config;
+  c->anr_enable = anr_config->anr_enable;
+  c->user_mode = anr_config->user_mode;
+  memcpy(c->anr_intensity_band, anr_config->anr_intensity_band, sizeof(c->anr_intensity_band));
+  memcpy(c->anr_intensity, anr_config->anr_intensity, sizeof(c->anr_intensity));
+  c->anr_smooth_level = anr_config->anr_smooth_level;
+  c->anr_converge_speed = (int)anr_config->anr_converge_speed;
+  c->anr_filter_mode = anr_config->anr_filter_mode;
+
+  int ret = NR_Config(h->nr_inst[0], c);
+  if (ret != _ALGO_ANR_RET_SUCCESS) {
+    ALGO_ERR(lv, "[ANR]Fail! Config Fail.\t\n");
+    return ANR_ConvertReturnValue(ret);
+  }
+  if (Channels(h) == 2) {
+    ret = NR_Config(h->nr_inst[1], c);
+    if (ret != _ALGO_ANR_RET_SUCCESS) {
+      ALGO_ERR(lv, "[ANR]Fail! Channel 2 Config Fail.\t\n");
+      return ANR_ConvertReturnValue(ret);
+    }
+  }
+  h->is_anr_config_status = 1;
+  return ALGO_ANR_RET_SUCCESS;
 }
 
-ALGO_ANR_RET _ZebAnr_GetConfig(ANR_HANDLE, AudioAnrInit*, AudioAnrConfig*) {
-  return ALGO_ANR_RET_FAILED;
+ALGO_ANR_RET _ZebAnr_GetConfig(ANR_HANDLE handle, AudioAnrInit* anr_init,
+                               AudioAnrConfig* anr_config) {
+  if (handle == NULL) {
+    ALGO_ERR_ALWAYS("[%s]Fail! The anr handle is NULL.\t\n", "_ZebAnr_GetConfig");
+    return ALGO_ANR_RET_INVALID_HANDLE;
+  }
+  AudioAnrInternel* h = static_cast<AudioAnrInternel*>(handle);
+  if (h->is_anr_config_status == 0) {
+    ALGO_ERR(Level(h), "[%s]Fail! Need config before ZebAnr_GetConfig.\t\n", "_ZebAnr_GetConfig");
+    return ALGO_ANR_RET_INVALID_CALLING;
+  }
+  if (anr_init != NULL) *anr_init = PublicInit(h->anr_init);
+  if (anr_config != NULL) {
+    const _AudioAnrConfig* c = &h->anr_config;
+    anr_config->anr_enable = c->anr_enable;
+    anr_config->user_mode = c->user_mode;
+    memcpy(anr_config->anr_intensity_band, c->anr_intensity_band, sizeof(c->anr_intensity_band));
+    memcpy(anr_config->anr_intensity, c->anr_intensity, sizeof(c->anr_intensity));
+    anr_config->anr_smooth_level = c->anr_smooth_level;
+    anr_config->anr_converge_speed = (NR_CONVERGE_SPEED)c->anr_converge_speed;
+    anr_config->anr_filter_mode = c->anr_filter_mode;
+  }
+  return ALGO_ANR_RET_SUCCESS;
 }
 
-ALGO_ANR_RET _ZebAnr_Run(ANR_HANDLE, short*) {
-  return ALGO_ANR_RET_FAILED;
+// ===================================================== frame ==
+
+ALGO_ANR_RET _ZebAnr_Run(ANR_HANDLE handle, short* pss_audio_in) {
+  if (handle == NULL) {
+    ALGO_ERR_ALWAYS("[%s]Fail! The anr handle is NULL.\t\n", "_ZebAnr_Run");
+    return ALGO_ANR_RET_INVALID_HANDLE;
+  }
+  AudioAnrInternel* h = static_cast<AudioAnrInternel*>(handle);
+  if (h->check_number != ALGO_CHECK_NUMBER) {
+    // Nothing in a dirty record can be trusted, its level included.
+    ALGO_ERR_ALWAYS("[%s]Fail! The anr handle is dirty.\t\n", "_ZebAnr_Run");
+    return ALGO_ANR_RET_INVALID_HANDLE;
+  }
+  const int lv = Level(h);
+  if (h->is_anr_config_status == 0) {
+    ALGO_ERR(lv, "[%s]Fail! Need config before ZebAnr_Run.\t\n", "_ZebAnr_Run");
+    return ALGO_ANR_RET_INVALID_CALLING;
+  }
+  if (h->is_run_status != 0) return ALGO_ANR_RET_API_CONFLICT;
+  h->is_run_status = 1;
+  // From here on a failure leaves is_run_status set: the handle stays
+  // blocked until the next Init.
+  if (DebugDumpDataInit(h) != 0) {
+    ALGO_ERR(lv, "[%s]Fail! Debug dump init error.\t\n", "_ZebAnr_Run");
+    return ALGO_ANR_RET_FAILED;
+  }
+  for (int ch = 0; ch < Channels(h); ++ch) {
+    const int ret = RunChannel(h, pss_audio_in, ch);
+    if (ret != _ALGO_ANR_RET_SUCCESS) {
+      ALGO_ERR(lv, "[%s]Fail! NR process is error.\t\n", "_ZebAnr_Run");
+      return ANR_ConvertReturnValue(ret);
+    }
+  }
+  // Comfort noise is not part of this build: cng_enable adds nothing yet.
+  h->is_run_status = 0;
+  return ALGO_ANR_RET_SUCCESS;
 }
 
-ALGO_ANR_RET _ZebAnr_Free(ANR_HANDLE) {
-  return ALGO_ANR_RET_FAILED;
+// ================================================ auxiliaries ==
+
+ALGO_ANR_RET _ZebAnr_EnhanceNNBFMode(ANR_HANDLE handle, ANR_BF_HANDLE handle2, int is_enable) {
+  if (handle == NULL || handle2 == NULL) {
+    ALGO_ERR_ALWAYS("[%s]Fail! The anr handle or anr_bf handle is NULL.\t\n",
+                    "_ZebAnr_EnhanceNNBFMode");
+    return ALGO_ANR_RET_INVALID_HANDLE;
+  }
+  AudioAnrInternel* h = static_cast<AudioAnrInternel*>(handle);
+  const int lv = Level(h);
+  if (h->is_anr_init_status == 0) {
+    ALGO_ERR(lv, "[%s]Fail! Need init before ZebAnr_EnhanceNNBFMode.\t\n",
+             "_ZebAnr_EnhanceNNBFMode");
+    return ALGO_ANR_RET_INVALID_CALLING;
+  }
+  if (is_enable != 0 && is_enable != 1) {
+    ALGO_ERR(lv, "[%s]Fail! The is_enable should be set by 0 or 1.\t\n", "_ZebAnr_EnhanceNNBFMode");
+    return ALGO_ANR_RET_FAILED;
+  }
+  if (h->anr_config.anr_enable == 0) {
+    ALGO_ERR(lv, "[%s]Fail! The nr module should be opened.\t\n", "_ZebAnr_EnhanceNNBFMode");
+    return ALGO_ANR_RET_FAILED;
+  }
+  ALGO_WRN(lv, "[%s]Warning! Current lib does not contain EnhanceNNBFMode mode.\t\n",
+           "_ZebAnr_EnhanceNNBFMode");
+  return ALGO_ANR_RET_SUCCESS;
 }
 
-ALGO_ANR_RET _ZebAnr_EnhanceNNBFMode(ANR_HANDLE, ANR_BF_HANDLE, int) {
-  return ALGO_ANR_RET_FAILED;
+ALGO_ANR_RET _ZebAnr_SetHandleId(ANR_HANDLE handle, int id) {
+  if (handle == NULL) {
+    ALGO_ERR_ALWAYS("[%s]Fail! The anr handle is NULL.\t\n", "_ZebAnr_SetHandleId");
+    return ALGO_ANR_RET_INVALID_HANDLE;
+  }
+  AudioAnrInternel* h = static_cast<AudioAnrInternel*>(handle);
+  const int lv = Level(h);
+  if (id > kMaxHandleId) {
+    ALGO_WRN(lv, "[%s]Warning! The anr handle id exceed 100.\t\n", "_ZebAnr_SetHandleId");
+    id = kMaxHandleId;
+  } else if (id < 0) {
+    ALGO_WRN(lv, "[%s]Warning! The anr handle id is negative number.\t\n", "_ZebAnr_SetHandleId");
+    id = 0;
+  }
+  h->dump_id = id;
+  ALGO_MSG(lv, "[%s]Set the anr handle id as %d.\t\n", "_ZebAnr_SetHandleId", id);
+  return ALGO_ANR_RET_SUCCESS;
 }
 
-ALGO_ANR_RET _ZebAnr_SetHandleId(ANR_HANDLE, int) {
-  return ALGO_ANR_RET_FAILED;
+unsigned int _ZebAnr_GetJsonFileSize(char* jsonfile) {
+  const int lv = DynamicMessageLevel();
+  if (jsonfile == NULL) {
+    ALGO_ERR(lv, "[%s]Fail! The path json file is invalid.\t\n", "_ZebAnr_GetJsonFileSize");
+    return 0;
+  }
+  const unsigned int size = GetJsonFileSize(jsonfile);
+  if (size == 0) {
+    ALGO_ERR(lv, "[%s]Fail! Unable to fopen json file.\t\n", "_ZebAnr_GetJsonFileSize");
+    return 0;
+  }
+  return size;
 }
 
-unsigned int _ZebAnr_GetJsonFileSize(char*) {
-  return 0;
+ALGO_ANR_RET _ZebAnr_ReadJson(ANR_HANDLE handle, char* jsonBuffer, char* jsonfile,
+                              unsigned int buffSize) {
+  if (handle == NULL) {
+    ALGO_ERR_ALWAYS("[%s]Fail! The anr handle is NULL.\t\n", "_ZebAnr_ReadJson");
+    return ALGO_ANR_RET_INVALID_HANDLE;
+  }
+  AudioAnrInternel* h = static_cast<AudioAnrInternel*>(handle);
+  const int lv = Level(h);
+  if (jsonBuffer == NULL) {
+    ALGO_ERR(lv, "[%s]Fail! The json buffer is NULL.\t\n", "_ZebAnr_ReadJson");
+    return ALGO_ANR_RET_INVALID_HANDLE;
+  }
+  if (jsonfile == NULL) {
+    ALGO_ERR(lv, "[%s]Fail! The path json file is invalid.\t\n", "_ZebAnr_ReadJson");
+    return ALGO_ANR_RET_INVALID_HANDLE;
+  }
+  if (NR_ReadJsonFile(h->nr_inst[0], jsonBuffer, jsonfile, buffSize) != 0) {
+    ALGO_ERR(lv, "[%s]Fail! Channel 1 read json file error.\t\n", "_ZebAnr_ReadJson");
+    return ALGO_ANR_RET_INVALID_HANDLE;
+  }
+  if (Channels(h) == 2 && NR_ReadJsonFile(h->nr_inst[1], jsonBuffer, jsonfile, buffSize) != 0) {
+    ALGO_ERR(lv, "[%s]Fail! Channel 2 read json file error.\t\n", "_ZebAnr_ReadJson");
+    return ALGO_ANR_RET_INVALID_HANDLE;
+  }
+  return ALGO_ANR_RET_SUCCESS;
 }
 
-ALGO_ANR_RET _ZebAnr_ReadJson(ANR_HANDLE, char*, char*, unsigned int) {
-  return ALGO_ANR_RET_FAILED;
+ALGO_ANR_RET _ZebAnr_EnableComfortNoise(ANR_HANDLE handle, int enable, int dB) {
+  if (handle == NULL) {
+    ALGO_ERR_ALWAYS("[%s]Fail! The anr handle is NULL.\t\n", "_ZebAnr_EnableComfortNoise");
+    return ALGO_ANR_RET_INVALID_HANDLE;
+  }
+  AudioAnrInternel* h = static_cast<AudioAnrInternel*>(handle);
+  // The floor in dB as a power on the spectrum's scale.
+  const float power = (float)pow(10.0, ((double)(float)dB + kComfortNoiseOffsetDb) / 10.0);
+  h->cng_enable = enable;
+  cng_t* left = h->cng_working_buffer[0];
+  if (left != NULL) {
+    for (int i = 0; i < CNG_BINS; ++i) left->dMinPow[i] = power;
+    if (Channels(h) == 2 && h->cng_working_buffer[1] != NULL) {
+      memcpy(h->cng_working_buffer[1]->dMinPow, left->dMinPow, sizeof(left->dMinPow));
+    }
+  }
+  ALGO_MSG(Level(h), "[ANR] Comfort noise enable.\t\n");
+  return ALGO_ANR_RET_SUCCESS;
 }
 
-ALGO_ANR_RET _ZebAnr_EnableComfortNoise(ANR_HANDLE, int, int) {
-  return ALGO_ANR_RET_FAILED;
+ALGO_ANR_RET _ZebAnr_EnableAutoSmooth(ANR_HANDLE handle, int enable) {
+  if (handle == NULL) {
+    ALGO_ERR_ALWAYS("[%s]Fail! The anr handle is NULL.\t\n", "_ZebAnr_EnableAutoSmooth");
+    return ALGO_ANR_RET_INVALID_HANDLE;
+  }
+  AudioAnrInternel* h = static_cast<AudioAnrInternel*>(handle);
+  for (int ch = 0; ch < Channels(h) && ch < kMaxChannels; ++ch) {
+    if (h->nr_inst[ch] != NULL) h->nr_inst[ch]->AutoSmooth = enable;
+  }
+  ALGO_MSG(Level(h), "[ANR] AutoSmooth enable.\t\n");
+  return ALGO_ANR_RET_SUCCESS;
 }
 
-ALGO_ANR_RET _ZebAnr_EnableAutoSmooth(ANR_HANDLE, int) {
-  return ALGO_ANR_RET_FAILED;
-}
+// ============================== exported entry points: thin forwards ==
 
-// Exported entry points: thin forwards to the internal functions above.
-unsigned int ZebAnr_GetBufferSize(void) {
-  return _ZebAnr_GetBufferSize();
-}
+unsigned int ZebAnr_GetBufferSize(void) { return _ZebAnr_GetBufferSize(); }
 
 ANR_HANDLE ZebAnr_Init(char* working_buffer_address, AudioAnrInit* anr_init) {
   return _ZebAnr_Init(working_buffer_address, anr_init);
@@ -85,9 +613,7 @@ ALGO_ANR_RET ZebAnr_Run(ANR_HANDLE handle, short* pss_audio_in) {
   return _ZebAnr_Run(handle, pss_audio_in);
 }
 
-ALGO_ANR_RET ZebAnr_Free(ANR_HANDLE handle) {
-  return _ZebAnr_Free(handle);
-}
+ALGO_ANR_RET ZebAnr_Free(ANR_HANDLE handle) { return _ZebAnr_Free(handle); }
 
 ALGO_ANR_RET ZebAnr_EnhanceNNBFMode(ANR_HANDLE handle, ANR_BF_HANDLE handle2, int is_enable) {
   return _ZebAnr_EnhanceNNBFMode(handle, handle2, is_enable);
@@ -97,9 +623,7 @@ ALGO_ANR_RET ZebAnr_SetHandleId(ANR_HANDLE handle, int id) {
   return _ZebAnr_SetHandleId(handle, id);
 }
 
-unsigned int ZebAnr_GetJsonFileSize(char* jsonfile) {
-  return _ZebAnr_GetJsonFileSize(jsonfile);
-}
+unsigned int ZebAnr_GetJsonFileSize(char* jsonfile) { return _ZebAnr_GetJsonFileSize(jsonfile); }
 
 ALGO_ANR_RET ZebAnr_ReadJson(ANR_HANDLE handle, char* jsonBuffer, char* jsonfile,
                              unsigned int buffSize) {
