@@ -337,10 +337,9 @@ void RunUpdateFrame(NSinst_t* inst, const FrameRhythm& rhythm, float energyIn) {
   }
 }
 
-// Scales the output back to PCM range and hands it to the caller. The pair
-// loop of the copy would carry one bin beyond the spectrum, the unused and
-// always zero entry 129; the caller's spectrum holds 129 bins, so the copy
-// stops there.
+// Scales the output back to PCM range and hands its 129 bins to the caller.
+// Entry 129 of the output record is never written and stays zero; the
+// caller's buffer ends at bin 128, so it is not copied.
 void WriteOutput(NSinst_t* inst, float* inOutFrame) {
   complex_t* out = inst->frequency_buffer_output;
   for (int i = 0; i < inst->magnLen; ++i) {
