@@ -581,16 +581,13 @@ TEST(NrKernelEdges, TansigApproxLimitsAndSmallArguments) {
   EXPECT_EQ(sigmoid_approx(0.0f), 0.5f);
 }
 
-TEST(NrKernelEdges, TablesHoldTheirFixedValues) {
+TEST(NrKernelEdges, TansigTableIsTanhInSteps) {
   EXPECT_EQ(tansig_table[0], 0.0f);
   EXPECT_EQ(tansig_table[1], 0.039979f);
   EXPECT_EQ(tansig_table[200], 1.0f);
   for (int i = 0; i < NR_TANSIG_TABLE_SIZE; ++i) {
     ASSERT_NEAR(tansig_table[i], std::tanh(0.04 * i), 5.6e-7) << i;
   }
-  const float asin[7] = {1.5707961f, -0.21458526f, 0.08875563f, -0.0488025f,
-                         0.026899949f, -0.01114623f, 0.0022959649f};
-  for (int i = 0; i < 7; ++i) EXPECT_EQ(asinf_lut[i], asin[i]) << i;
 }
 
 TEST(NrKernelEdges, DivisionLaneByZeroFollowsTheEstimate) {
