@@ -60,7 +60,7 @@ Spectrum FrameSpectrum(const std::vector<double>& x, int frame) {
       sine[n] = std::sin(2.0 * M_PI * n / 256.0);
     }
   }
-  Spectrum spec(NR_SPECTRUM_FLOATS, 0.0f);
+  Spectrum result(NR_SPECTRUM_FLOATS, 0.0f);
   for (int k = 0; k < kBins; ++k) {
     double re = 0.0, im = 0.0;
     for (int n = 0; n < 256; ++n) {
@@ -68,10 +68,10 @@ Spectrum FrameSpectrum(const std::vector<double>& x, int frame) {
       re += v * cosine[(n * k) & 255];
       im -= v * sine[(n * k) & 255];
     }
-    spec[2 * k] = (float)re;
-    spec[2 * k + 1] = (float)im;
+    result[2 * k] = (float)re;
+    result[2 * k + 1] = (float)im;
   }
-  return spec;
+  return result;
 }
 
 std::vector<double> WhiteNoise(std::mt19937& rng, int frames, double rms) {
