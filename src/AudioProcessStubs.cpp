@@ -8,18 +8,6 @@ ALGO_KOL_RET _ZebKol_GetVadOut(KOL_HANDLE, int*) {
   return ALGO_KOL_RET_FAILED;
 }
 
-ALGO_KOL_RET _ZebKol_FilterDesign(KOL_HANDLE, int, AudioFilterConfig*) {
-  return ALGO_KOL_RET_FAILED;
-}
-
-ALGO_KOL_RET _ZebKol_FilterApply(KOL_HANDLE, short*) {
-  return ALGO_KOL_RET_FAILED;
-}
-
-ALGO_KOL_RET _ZebKol_FilterFreqz(KOL_HANDLE, float*) {
-  return ALGO_KOL_RET_FAILED;
-}
-
 ALGO_KOL_RET _ZebKol_InitialFilterEnable(KOL_HANDLE, float) {
   return ALGO_KOL_RET_FAILED;
 }

@@ -4,6 +4,8 @@
 #ifndef ZEB_EQ_FILTER_H
 #define ZEB_EQ_FILTER_H
 
+#include "algo_stage_ret.h"
+
 #ifdef __cplusplus
 extern "C" {
 #endif
@@ -61,6 +63,47 @@ typedef struct EQinst_t_ {
   float y_states[EQ_BIQUAD_STATE_WORDS];
   int dbg_level;
 } EQinst_t;
+
+#define EQ_UNITY_Q8 256.0f               // Q8 scale factor of 0 dB
+#define EQ_GAIN_MAX_DB 20
+#define EQ_GAIN_MIN_DB (-100)
+#define HPF_FIR_HISTORY_SAMPLES 385      // history of the time-domain high-pass
+#define HPF_FIR_FRAME_SAMPLES 128        // samples filtered per call
+
+// Float to int32 as the target's conversion does it: toward zero,
+// saturating at the int32 limits, NaN to 0.
+static inline int EQ_TruncToInt32Saturated(float v) {
+  if (v != v) return 0;
+  if (v >= 2147483648.0f) return 2147483647;
+  if (v <= -2147483648.0f) return -2147483647 - 1;
+  return (int)v;
+}
+
+// The low 16 bits of a truncated float: values outside 16 bits wrap.
+static inline short EQ_WrapToInt16(float v) {
+  return (short)(unsigned short)((unsigned int)EQ_TruncToInt32Saturated(v) & 0xFFFFu);
+}
+
+// Clears the biquad slots, sets every EQ factor to unity and stores the
+// rate. -1 for a NULL inst, else 0.
+int EQ_Init(EQinst_t* inst, int sample_rate);
+// Range test of the user's EQ record; a NULL record passes.
+_ALGO_EQ_RET EQ_CheckUserConfig(_AudioEqConfig* eq_config, int dbg_level);
+// dB per bin to Q8 factors (6.02 dB per doubling, truncated to whole Q8
+// steps); bin 128 takes the factor of bin 127.
+_ALGO_EQ_RET EQ_Config(EQinst_t* inst, _AudioEqConfig* eq_config);
+// Loads the high-pass table of the instance's rate and the cutoff.
+_ALGO_EQ_RET HPF_Config(EQinst_t* inst, _ZEB_HPF_FREQ hpf_freq);
+// Scales the 129 bins of a spectrum (re, im pairs) by Gain_in / 256.
+void EQ_ApplyGain(float* Gain_in, float* Y_in);
+// The frequency-domain high-pass; the 500 Hz cutoff adds a per-frame guard
+// that decides from the spectrum how hard to cut.
+void HPF_ApplyGain(float* Gain_in, float* Y_in, _ZEB_HPF_FREQ hpf_freq);
+// The time-domain high-pass on HPF_FIR_FRAME_SAMPLES samples in place;
+// HPF_filter_buffer is the caller's history of HPF_FIR_HISTORY_SAMPLES
+// shorts. Only the 80 Hz and 500 Hz settings exist here: -1 otherwise.
+int HPF_FiniteImpulseResponseFilter(short int* HPF_filter_buffer, short int* Y_in,
+                                    _ZEB_HPF_FREQ hpf_freq, int dbg_level);
 
 #ifdef __cplusplus
 }

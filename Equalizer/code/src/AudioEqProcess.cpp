@@ -1,59 +1,502 @@
 // The stand-alone equaliser, high-pass filter and biquad family, ZebEq_*.
 // Each exported function forwards unchanged to its internal _ZebEq_*
 // counterpart; Reset keeps an entry of its own.
+#include "AudioEqProcess.h"
+
+#include <math.h>
 #include <stddef.h>
+#include <stdint.h>
+#include <string.h>
 
-#include "zebaudio/zeb_eq.h"
+#include "debug_msglevel.h"
+#include "eq_biquad.h"
+#include "windowfilt.h"
 
-extern "C" {
+namespace {
 
-// Not yet available in this build: reports failure.
-unsigned int _ZebEq_GetBufferSize(void) {
+constexpr int kFrameLenSamples = EQ_FRAME_LEN_SAMPLES;
+constexpr int kFftLenSamples = EQ_FFT_LEN_SAMPLES;
+constexpr unsigned int kHpfFreqDomainMode = 1;
+constexpr unsigned int kHpfTimeDomainMode = 2;
+constexpr double kComfortNoiseOffsetDb = 24.21;
+
+// Every block is rounded up to pointer size so that the records holding
+// pointers stay aligned on 64-bit builds; on the 32-bit target every record
+// is already a multiple of four bytes and this adds nothing.
+constexpr size_t kBlockAlignBytes = sizeof(void*);
+
+constexpr size_t RoundToBlock(size_t bytes) {
+  return (bytes + kBlockAlignBytes - 1) / kBlockAlignBytes * kBlockAlignBytes;
+}
+
+// Walks the working-buffer layout in its fixed order. With a NULL base it
+// only counts, so that the size and the carve share one description.
+size_t WalkLayout(char* base) {
+  size_t offset = 0;
+  auto take = [&](size_t bytes) -> char* {
+    char* at = base != NULL ? base + offset : NULL;
+    offset += RoundToBlock(bytes);
+    return at;
+  };
+  AudioEqInternel* h = (AudioEqInternel*)take(sizeof(AudioEqInternel));
+  EQinst_t* eq0 = (EQinst_t*)take(sizeof(EQinst_t));
+  EQinst_t* eq1 = (EQinst_t*)take(sizeof(EQinst_t));
+  postInfo_t* post = (postInfo_t*)take(sizeof(postInfo_t));
+  cng_t* cng0 = (cng_t*)take(sizeof(cng_t));
+  cng_t* cng1 = (cng_t*)take(sizeof(cng_t));
+  char* fft = take(FFT_GetBufferSize(kFftLenSamples));
+  if (h != NULL) {
+    h->eq_inst[0] = eq0;
+    h->eq_inst[1] = eq1;
+    h->postInfo = post;
+    h->cng_working_buffer[0] = cng0;
+    h->cng_working_buffer[1] = cng1;
+    h->FFT_workingBuff.fft_Ne10_cfg = (ne10_fft_r2c_cfg_float32_t)fft;
+  }
+  return offset;
+}
+
+// Stage codes 0..11 keep their values in the family's result; anything
+// else is a failure. (The chain has its own mapping of the same codes.)
+ALGO_EQ_RET EQ_ConvertReturnValue(int ret) {
+  if (ret >= _ALGO_EQ_RET_SUCCESS && ret <= _ALGO_HPF_RET_INVALID_TABLE) return (ALGO_EQ_RET)ret;
+  return ALGO_EQ_RET_FAILED;
+}
+
+// The level of a handle lives in its first EQ instance; memory that was
+// never initialised has none, and the default level then applies.
+int HandleLevel(const AudioEqInternel* h) {
+  return h->eq_inst[0] != NULL ? h->eq_inst[0]->dbg_level : ALGO_MSG_LEVEL_DEFAULT;
+}
+
+// Raw-audio dumps are not carried by this build: nothing to open or close.
+int DebugDumpDataInit(AudioEqInternel* /*h*/) { return 0; }
+void DebugDumpDataFree(AudioEqInternel* /*h*/) {}
+
+int CheckInitParameter(const _AudioEqInit* eq_init, int dbg_level) {
+  if (eq_init->point_number != (unsigned int)kFrameLenSamples) {
+    ALGO_ERR(dbg_level, "[EQ]Fail! This EQ Lib only support point_number = %d.\t\n", kFrameLenSamples);
+    return _ALGO_EQ_RET_INVALID_POINT_NUMBER;
+  }
+  if (eq_init->channel != 1 && eq_init->channel != 2) {
+    ALGO_ERR(dbg_level, "[EQ]Fail! This EQ Lib only support mono or stereo.\t\n");
+    return _ALGO_EQ_RET_INVALID_CHANNEL;
+  }
+  switch (eq_init->sample_rate) {
+    case 8000:
+    case 16000:
+    case 32000:  // accepted, though the text below leaves it out
+    case 48000:
+      return _ALGO_EQ_RET_SUCCESS;
+    default:
+      ALGO_ERR(dbg_level, "[EQ]Fail! This EQ Lib only support sample rate 8K 16K 48K.\t\n");
+      return _ALGO_EQ_RET_INVALID_SAMPLE_RATE;
+  }
+}
+
+void PrintNeonBanner(int lv) {
+  ALGO_MSG(lv, "|--------------------------------------------------------------------------------|\n");
+  ALGO_MSG(lv, "|                                                                                |\n");
+  ALGO_MSG(lv, "|                                   NEON ENABLE                                  |\n");
+  ALGO_MSG(lv, "|                                                                                |\n");
+  ALGO_MSG(lv, "|--------------------------------------------------------------------------------|\n");
+}
+
+void ClearFrameState(AudioEqInternel* h) {
+  memset(h->pssAudioIn, 0, sizeof(h->pssAudioIn));
+  memset(h->mic_buf_ori, 0, sizeof(h->mic_buf_ori));
+  h->FFT_workingBuff.fftSize = kFftLenSamples;
+  memset(h->ifft_out_half_prev_2ch, 0, sizeof(h->ifft_out_half_prev_2ch));
+  memset(h->fft_win_buf_2ch, 0, sizeof(h->fft_win_buf_2ch));
+}
+
+// Init and Reset: a full re-creation of the instance.
+EQ_HANDLE InitBody(char* working_buffer_address, AudioEqInit* eq_init) {
+  const int lv = DynamicMessageLevel();
+  if (working_buffer_address == NULL || eq_init == NULL) {
+    ALGO_ERR(lv, "[EQ]Fail! The workingBufferAddress or eq_init is NULL.\t\n");
+    return NULL;
+  }
+  if ((uintptr_t)working_buffer_address % kBlockAlignBytes != 0) {
+    ALGO_ERR(lv, "[EQ]Fail! The working_buffer_address is not aligned to %d bytes.\t\n",
+             (int)kBlockAlignBytes);
+    return NULL;
+  }
+  ALGO_MSG(lv, "[EQ]FFT mode: floating point mode.\t\n");
+  // The init record may lie in the buffer about to be cleared.
+  const _AudioEqInit init = {eq_init->point_number, eq_init->channel, (int)eq_init->sample_rate};
+  memset(working_buffer_address, 0, _ZebEq_GetBufferSize());
+  AudioEqInternel* h = EQ_AllocateWorkingBufferAddressPartial(working_buffer_address, lv);
+  if (h == NULL) {
+    ALGO_ERR(lv, "[EQ]Fail! Allocate address error.\t\n");
+    return NULL;
+  }
+  h->eq_inst[0]->dbg_level = lv;
+  // The second instance gets the level only in stereo, judged by the stored
+  // channel count, which is still 0 here: channel 2 stays silent for the
+  // life of the instance.
+  if (h->eq_init.channel == 2) h->eq_inst[1]->dbg_level = lv;
+  h->check_number = ALGO_CHECK_NUMBER;
+  if (CheckInitParameter(&init, lv) != _ALGO_EQ_RET_SUCCESS) {
+    ALGO_ERR(lv, "[EQ]Fail! The eq_init parameter error.\t\n");
+    return NULL;
+  }
+  h->eq_init = init;
+  ALGO_MSG(lv, "[EQ]Point Number: %d\t\n", (int)init.point_number);
+  ALGO_MSG(lv, "[EQ]Channel: %d\t\n", (int)init.channel);
+  ALGO_MSG(lv, "[EQ]Sample rate: %d\t\n", init.sample_rate);
+  ClearFrameState(h);
+  ne10_init();
+  fft_init(&h->FFT_workingBuff);
+  PrintNeonBanner(lv);
+
+  int stageResult = EQ_Init(h->eq_inst[0], init.sample_rate);
+  if (init.channel == 2) stageResult += EQ_Init(h->eq_inst[1], init.sample_rate);
+  // The comfort-noise state joins this sum once comfort noise is built.
+  if (stageResult != 0) {
+    ALGO_ERR(lv, "[EQ]Fail! EQ internal initialize error.\t\n");
+    return NULL;
+  }
+  ALGO_MSG(lv, "[EQ]EQ internal initialize succeed.\t\n");
+  h->is_run_status = 0;
+  h->is_eq_config_status = 0;
+  h->is_eq_init_status = 1;
+  return h;
+}
+
+bool HpfInMode(const _AudioHpfConfig& hpf, unsigned int mode) {
+  return hpf.hpf_enable != 0 && hpf.user_mode == mode;
+}
+
+// One channel of Run: slide the history, optional time-domain high-pass,
+// window, transform, EQ then high-pass, inverse, window, overlap-add into
+// the caller's frame and keep the new tail. -1 when the FIR refuses.
+int RunChannel(AudioEqInternel* h, short* pss_audio_in, int c) {
+  const int pn = (int)h->eq_init.point_number;
+  const _AudioHpfConfig& hpf = h->hpf_config;
+  postInfo_t* post = h->postInfo;
+  post->length = kFftLenSamples;
+  post->channel_number = h->eq_init.channel;
+  post->bias = pn;
+  post->flag = 0;
+  LoadStreams(h->pssAudioIn[c], pss_audio_in, c, post);
+  if (HpfInMode(hpf, kHpfTimeDomainMode)) {
+    if (HPF_FiniteImpulseResponseFilter(h->HPF_filter_buffer[c], &h->pssAudioIn[c][pn],
+                                        hpf.cutoff_frequency, HandleLevel(h)) != 0) {
+      return -1;
+    }
+  }
+  float* buf = h->fft_win_buf_2ch[c];
+  for (int k = 0; k < kFftLenSamples; ++k) buf[k] = (float)h->pssAudioIn[c][k];
+  WindowFFT_Process(buf, 0);
+  ORB_rdft(&h->FFT_workingBuff, kFftLenSamples, ORB_FFT_MODE_DO_FFT, buf, h->fbf_ip, h->fbf_wfft);
+  if (h->eq_config.eq_enable) EQ_ApplyGain(h->eq_inst[c]->EQ_AddiScalingFactor, buf);
+  if (HpfInMode(hpf, kHpfFreqDomainMode)) {
+    HPF_ApplyGain(h->eq_inst[c]->HPF_AddiScalingFactor, buf, hpf.cutoff_frequency);
+  }
+  ORB_rdft(&h->FFT_workingBuff, kFftLenSamples, ORB_FFT_MODE_DO_IFFT, buf, h->fbf_ip, h->fbf_wfft);
+  WindowFFT_Process(buf, 1);
+  post->length = kFftLenSamples - pn;
+  post->channel_number = h->eq_init.channel;
+  post->bias = c;
+  post->flag = 0;
+  Post_OLA_Process(buf, h->ifft_out_half_prev_2ch[c], pss_audio_in, post);
+  for (int k = 0; k < kFftLenSamples - pn; ++k) h->ifft_out_half_prev_2ch[c][k] = buf[pn + k];
   return 0;
 }
 
-EQ_HANDLE _ZebEq_Init(char*, AudioEqInit*) {
-  return NULL;
+_AudioFilterConfig ToStageFilterConfig(const AudioFilterConfig* cfg) {
+  _AudioFilterConfig out;
+  out.type = (_EQ_FILTER_TYPE)(int)cfg->type;
+  out.f0 = cfg->f0;
+  out.Q_factor = cfg->q_factor;
+  out.gain = cfg->gain;
+  return out;
 }
 
-EQ_HANDLE _ZebEq_Reset(char*, AudioEqInit*) {
-  return NULL;
+}  // namespace
+
+extern "C" {
+
+AudioEqInternel* EQ_AllocateWorkingBufferAddressPartial(char* workingBufferAddress, int dbg_level) {
+  if (workingBufferAddress == NULL) {
+    ALGO_ERR(dbg_level, "[EQ]Fail! The workingBufferAddress is NULL.\t\n");
+    return NULL;
+  }
+  WalkLayout(workingBufferAddress);
+  return (AudioEqInternel*)workingBufferAddress;
 }
 
-ALGO_EQ_RET _ZebEq_Config(EQ_HANDLE, AudioHpfConfig*, AudioEqConfig*) {
-  return ALGO_EQ_RET_FAILED;
+unsigned int _ZebEq_GetBufferSize(void) {
+  return (unsigned int)WalkLayout(NULL);
 }
 
-ALGO_EQ_RET _ZebEq_GetConfig(EQ_HANDLE, AudioEqInit*, AudioHpfConfig*, AudioEqConfig*) {
-  return ALGO_EQ_RET_FAILED;
+EQ_HANDLE _ZebEq_Init(char* working_buffer_address, AudioEqInit* eq_init) {
+  return InitBody(working_buffer_address, eq_init);
 }
 
-ALGO_EQ_RET _ZebEq_Run(EQ_HANDLE, short int*) {
-  return ALGO_EQ_RET_FAILED;
+EQ_HANDLE _ZebEq_Reset(char* working_buffer_address, AudioEqInit* eq_init) {
+  return InitBody(working_buffer_address, eq_init);
 }
 
-ALGO_EQ_RET _ZebEq_Free(EQ_HANDLE) {
-  return ALGO_EQ_RET_FAILED;
+ALGO_EQ_RET _ZebEq_Config(EQ_HANDLE handle, AudioHpfConfig* hpf_config, AudioEqConfig* eq_config) {
+  if (handle == NULL) {
+    ALGO_ERR_ALWAYS("[%s]Fail! The eq handle is NULL.\t\n", __func__);
+    return ALGO_EQ_RET_INVALID_HANDLE;
+  }
+  AudioEqInternel* h = (AudioEqInternel*)handle;
+  const int lv = HandleLevel(h);
+  if (h->is_eq_init_status == 0) {
+    ALGO_ERR(lv, "[%s]Fail! Need init before ZebEq_Config.\t\n", __func__);
+    return ALGO_EQ_RET_INVALID_CALLING;
+  }
+  const int initRet = CheckInitParameter(&h->eq_init, lv);
+  if (initRet != _ALGO_EQ_RET_SUCCESS) {
+    ALGO_ERR(lv, "[%s]Fail! The eq init parameter error.\t\n", __func__);
+    return EQ_ConvertReturnValue(initRet);
+  }
+  // The records are stored before any validation: a later failure leaves
+  // them in place. A NULL record leaves its part as it was.
+  if (eq_config != NULL) {
+    h->eq_config.eq_enable = eq_config->eq_enable;
+    h->eq_config.user_mode = eq_config->user_mode;
+    memcpy(h->eq_config.eq_gain_db, eq_config->eq_gain_db, sizeof(h->eq_config.eq_gain_db));
+  }
+  if (hpf_config != NULL) {
+    h->hpf_config.hpf_enable = hpf_config->hpf_enable;
+    h->hpf_config.user_mode = hpf_config->user_mode;
+    h->hpf_config.cutoff_frequency = (_ZEB_HPF_FREQ)(int)hpf_config->cutoff_frequency;
+  }
+  const bool stereo = h->eq_init.channel == 2;
+  if (h->eq_config.eq_enable && h->eq_config.user_mode) {
+    int ret = EQ_Config(h->eq_inst[0], &h->eq_config);
+    if (ret != _ALGO_EQ_RET_SUCCESS) {
+      ALGO_ERR(lv, "[EQ]Fail! Config fail.\t\n");
+      return EQ_ConvertReturnValue(ret);
+    }
+    if (stereo) {
+      ret = EQ_Config(h->eq_inst[1], &h->eq_config);
+      if (ret != _ALGO_EQ_RET_SUCCESS) {
+        ALGO_ERR(lv, "[EQ]Fail! Channel 2 Config fail.\t\n");
+        return EQ_ConvertReturnValue(ret);
+      }
+    }
+  }
+  // The high-pass switch and mode are not validated: an unknown mode passes
+  // and has no effect at Run.
+  if (h->hpf_config.hpf_enable && h->hpf_config.user_mode) {
+    int ret = HPF_Config(h->eq_inst[0], h->hpf_config.cutoff_frequency);
+    if (ret != _ALGO_EQ_RET_SUCCESS) {
+      ALGO_ERR(lv, "[HPF]Fail! Config fail.\t\n");
+      return EQ_ConvertReturnValue(ret);
+    }
+    if (stereo) {
+      ret = HPF_Config(h->eq_inst[1], h->hpf_config.cutoff_frequency);
+      if (ret != _ALGO_EQ_RET_SUCCESS) {
+        ALGO_ERR(lv, "[HPF]Fail! Channel 2 Config fail.\t\n");
+        return EQ_ConvertReturnValue(ret);
+      }
+    }
+  }
+  h->is_eq_config_status = 1;
+  return ALGO_EQ_RET_SUCCESS;
 }
 
-ALGO_EQ_RET _ZebEq_FilterDesign(EQ_HANDLE, int, AudioFilterConfig*) {
-  return ALGO_EQ_RET_FAILED;
+ALGO_EQ_RET _ZebEq_GetConfig(EQ_HANDLE handle, AudioEqInit* eq_init, AudioHpfConfig* hpf_config,
+                             AudioEqConfig* eq_config) {
+  if (handle == NULL) return ALGO_EQ_RET_INVALID_HANDLE;
+  AudioEqInternel* h = (AudioEqInternel*)handle;
+  if (h->is_eq_config_status == 0) {
+    ALGO_ERR(HandleLevel(h), "[%s]Fail! Need config before ZebEq_GetConfig.\t\n", __func__);
+    return ALGO_EQ_RET_INVALID_CALLING;
+  }
+  if (eq_init != NULL) {
+    eq_init->channel = h->eq_init.channel;
+    eq_init->point_number = h->eq_init.point_number;
+    eq_init->sample_rate = (ZEB_EQ_SAMPLE_RATE)h->eq_init.sample_rate;
+  }
+  if (hpf_config != NULL) {
+    hpf_config->hpf_enable = h->hpf_config.hpf_enable;
+    hpf_config->user_mode = h->hpf_config.user_mode;
+    hpf_config->cutoff_frequency = (ZEB_HPF_FREQ)(int)h->hpf_config.cutoff_frequency;
+  }
+  if (eq_config != NULL) {
+    eq_config->eq_enable = h->eq_config.eq_enable;
+    eq_config->user_mode = h->eq_config.user_mode;
+    memcpy(eq_config->eq_gain_db, h->eq_config.eq_gain_db, sizeof(eq_config->eq_gain_db));
+  }
+  return ALGO_EQ_RET_SUCCESS;
 }
 
-ALGO_EQ_RET _ZebEq_FilterApply(EQ_HANDLE, short int*) {
-  return ALGO_EQ_RET_FAILED;
+ALGO_EQ_RET _ZebEq_Run(EQ_HANDLE handle, short int* pss_audio_in) {
+  if (handle == NULL) {
+    ALGO_ERR_ALWAYS("[%s]Fail! The eq handle is NULL.\t\n", __func__);
+    return ALGO_EQ_RET_INVALID_HANDLE;
+  }
+  AudioEqInternel* h = (AudioEqInternel*)handle;
+  const int lv = HandleLevel(h);
+  if (h->check_number != ALGO_CHECK_NUMBER) {
+    ALGO_ERR(lv, "[%s]Fail! The eq handle is dirty in ZebEq_Run.\t\n", __func__);
+    return ALGO_EQ_RET_INVALID_HANDLE;
+  }
+  if (h->is_eq_config_status == 0) {
+    ALGO_ERR(lv, "[%s]Fail! Need config before ZebEq_Run.\t\n", __func__);
+    return ALGO_EQ_RET_INVALID_CALLING;
+  }
+  if (h->is_run_status != 0) return ALGO_EQ_RET_API_CONFLICT;
+  if (pss_audio_in == NULL) {
+    ALGO_ERR(lv, "[%s]Fail! Input data is NULL in ZebEq_Run.\t\n", __func__);
+    return ALGO_EQ_RET_FAILED;
+  }
+  h->is_run_status = 1;
+  // From here on a failure leaves the handle marked as running.
+  if (DebugDumpDataInit(h) != 0) {
+    ALGO_ERR(lv, "[%s]Fail! Debug dump init in ZebEq_Run error.\t\n", __func__);
+    return ALGO_EQ_RET_FAILED;
+  }
+  for (int c = 0; c < (int)h->eq_init.channel; ++c) {
+    if (RunChannel(h, pss_audio_in, c) != 0) return ALGO_HPF_RET_INVALID_TABLE;
+  }
+  // Comfort noise (cng_enable) is added here once comfort noise is built.
+  h->is_run_status = 0;
+  return ALGO_EQ_RET_SUCCESS;
 }
 
-ALGO_EQ_RET _ZebEq_FilterFreqz(EQ_HANDLE, float*) {
-  return ALGO_EQ_RET_FAILED;
+ALGO_EQ_RET _ZebEq_Free(EQ_HANDLE handle) {
+  if (handle == NULL) {
+    ALGO_ERR_ALWAYS("[%s]Fail! The eq handle is NULL.\t\n", __func__);
+    return ALGO_EQ_RET_INVALID_HANDLE;
+  }
+  AudioEqInternel* h = (AudioEqInternel*)handle;
+  if (h->is_eq_init_status == 0) {
+    ALGO_ERR(HandleLevel(h), "[%s]Fail! Need init before ZebEq_Free.\t\n", __func__);
+    return ALGO_EQ_RET_INVALID_CALLING;
+  }
+  if (h->is_run_status != 0) return ALGO_EQ_RET_API_CONFLICT;
+  h->is_run_status = 1;
+  fft_Free(&h->FFT_workingBuff);
+  DebugDumpDataFree(h);
+  h->is_eq_init_status = 0;
+  h->is_run_status = 0;
+  return ALGO_EQ_RET_SUCCESS;
 }
 
-ALGO_EQ_RET _ZebEq_SetHandleId(EQ_HANDLE, int) {
-  return ALGO_EQ_RET_FAILED;
+ALGO_EQ_RET _ZebEq_FilterDesign(EQ_HANDLE handle, int filter_cnt, AudioFilterConfig* filter_config) {
+  if (handle == NULL) {
+    ALGO_ERR_ALWAYS("[%s]Fail! The eq handle is NULL.\t\n", __func__);
+    return ALGO_EQ_RET_INVALID_HANDLE;
+  }
+  AudioEqInternel* h = (AudioEqInternel*)handle;
+  const int lv = HandleLevel(h);
+  if (h->is_eq_init_status == 0) {
+    ALGO_ERR(lv, "[%s]Fail! Need init before FilterDesign.\t\n", __func__);
+    return ALGO_EQ_RET_INVALID_CALLING;
+  }
+  if (filter_config == NULL) {
+    ALGO_ERR(lv, "[%s]Fail! The filter_config is NULL.\t\n", __func__);
+    return ALGO_EQ_RET_FAILED;
+  }
+  _AudioFilterConfig cfg = ToStageFilterConfig(filter_config);
+  if (FilterDesignConfigCheck(h->eq_inst[0], &cfg) != 0 ||
+      FilterGeneratr(h->eq_inst[0], filter_cnt, &cfg) != 0) {
+    return ALGO_EQ_RET_FAILED;
+  }
+  // Channel 2 becomes a copy of channel 1: factors and delays included.
+  if (h->eq_init.channel == 2) *h->eq_inst[1] = *h->eq_inst[0];
+  h->iir_enable = 1;
+  return ALGO_EQ_RET_SUCCESS;
 }
 
-ALGO_EQ_RET _ZebEq_EnableComfortNoise(EQ_HANDLE, int, int) {
-  return ALGO_EQ_RET_FAILED;
+ALGO_EQ_RET _ZebEq_FilterApply(EQ_HANDLE handle, short int* pss_audio_in) {
+  if (handle == NULL) {
+    ALGO_ERR_ALWAYS("[%s]Fail! The eq handle is NULL.\t\n", __func__);
+    return ALGO_EQ_RET_INVALID_HANDLE;
+  }
+  AudioEqInternel* h = (AudioEqInternel*)handle;
+  const int lv = HandleLevel(h);
+  if (h->is_eq_init_status == 0) {
+    ALGO_ERR_ALWAYS("[%s]Fail! Need init before FilterApply.\t\n", __func__);
+    return ALGO_EQ_RET_INVALID_CALLING;
+  }
+  if (pss_audio_in == NULL) {
+    ALGO_ERR(lv, "[%s]Fail! Input data is NULL in ZebEq_FilterApply.\t\n", __func__);
+    return ALGO_EQ_RET_FAILED;
+  }
+  if (DebugDumpDataInit(h) != 0) {
+    ALGO_ERR(lv, "[%s]Fail! Debug dump init in ZebEq_Run error.\t\n", __func__);
+    return ALGO_EQ_RET_FAILED;
+  }
+  const int pn = (int)h->eq_init.point_number;
+  const int channels = (int)h->eq_init.channel;
+  short tmp_data[EQ_MAX_CHANNELS][EQ_FRAME_LEN_SAMPLES];
+  RearranegOneArrayToMultipleChannel(pss_audio_in, &tmp_data[0][0], pn, channels);
+  // As designed, every pass takes the first instance and the caller's
+  // buffer, and the buffer is then rewritten from the copy: the frame comes
+  // back as given and only the section delays advance.
+  for (int c = 0; c < channels; ++c) InfiniteImpulseResponseFilter(h->eq_inst[0], pss_audio_in);
+  RearrangeMultipleChannelDataToOneArray(&tmp_data[0][0], pss_audio_in, pn, channels);
+  return ALGO_EQ_RET_SUCCESS;
+}
+
+ALGO_EQ_RET _ZebEq_FilterFreqz(EQ_HANDLE handle, float* frequency_response) {
+  if (handle == NULL) {
+    ALGO_ERR_ALWAYS("[%s]Fail! The eq handle is NULL.\t\n", __func__);
+    return ALGO_EQ_RET_INVALID_HANDLE;
+  }
+  AudioEqInternel* h = (AudioEqInternel*)handle;
+  if (frequency_response == NULL) {
+    ALGO_ERR(HandleLevel(h), "[%s]Fail! The frequency_response is NULL.\t\n", __func__);
+    return ALGO_EQ_RET_FAILED;
+  }
+  memset(frequency_response, 0, sizeof(float) * EQ_FREQZ_POINTS);
+  EQinst_t* inst = h->eq_inst[0];
+  if (inst == NULL) return ALGO_EQ_RET_SUCCESS;  // never initialised: nothing designed
+  float tmp[EQ_FREQZ_POINTS];
+  for (int s = 0; s < EQ_MAX_BIQUADS; ++s) {
+    if (inst->filter_flag[s] != 1) continue;
+    SOS_freqz(inst, s, tmp);
+    for (int k = 0; k < EQ_FREQZ_POINTS; ++k) frequency_response[k] += tmp[k];
+  }
+  return ALGO_EQ_RET_SUCCESS;
+}
+
+ALGO_EQ_RET _ZebEq_SetHandleId(EQ_HANDLE handle, int id) {
+  if (handle == NULL) {
+    ALGO_ERR_ALWAYS("[%s]Fail! The eq handle is NULL.\t\n", __func__);
+    return ALGO_EQ_RET_INVALID_HANDLE;
+  }
+  AudioEqInternel* h = (AudioEqInternel*)handle;
+  const int lv = HandleLevel(h);
+  if (id > EQ_MAX_DUMP_ID) {
+    ALGO_WRN(lv, "[%s]Warning! The eq handle id exceed 100.\t\n", __func__);
+    id = EQ_MAX_DUMP_ID;
+  } else if (id < 0) {
+    ALGO_WRN(lv, "[%s]Warning! The eq handle id is negative number.\t\n", __func__);
+    id = 0;
+  }
+  h->dump_id = id;
+  ALGO_MSG(lv, "[%s]Set the eq handle id as %d.\t\n", __func__, id);
+  return ALGO_EQ_RET_SUCCESS;
+}
+
+ALGO_EQ_RET _ZebEq_EnableComfortNoise(EQ_HANDLE handle, int enable, int dB) {
+  if (handle == NULL) {
+    ALGO_ERR_ALWAYS("[%s]Fail! The eq handle is NULL.\t\n", __func__);
+    return ALGO_EQ_RET_INVALID_HANDLE;
+  }
+  AudioEqInternel* h = (AudioEqInternel*)handle;
+  const float noise_value = (float)pow(10.0, ((double)(float)dB + kComfortNoiseOffsetDb) / 10.0);
+  h->cng_enable = enable;
+  cng_t* cng0 = h->cng_working_buffer[0];
+  cng_t* cng1 = h->cng_working_buffer[1];
+  if (cng0 != NULL) {
+    for (int k = 0; k < CNG_BINS; ++k) cng0->dMinPow[k] = noise_value;
+    if (h->eq_init.channel == 2 && cng1 != NULL) {
+      memcpy(cng1->dMinPow, cng0->dMinPow, sizeof(cng1->dMinPow));
+    }
+  }
+  ALGO_MSG(HandleLevel(h), "[EQ] Comfort noise enable.\t\n");
+  return ALGO_EQ_RET_SUCCESS;
 }
 
 // Exported entry points: thin forwards to the internal functions above.
