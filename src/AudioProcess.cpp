@@ -13,6 +13,7 @@
 #include "debug_msglevel.h"
 #include "eq_filter.h"
 #include "kiss_fft.h"
+#include "ne10_math.h"
 #include "nr_NN.h"
 #include "nr_core.h"
 #include "rnn.h"
@@ -194,6 +195,70 @@ int DebugDumpDataInit(AudioKolInternel* /*h*/) { return 0; }
 void DebugDumpDataFree(AudioKolInternel* /*h*/) {}
 
 bool IsNoiseReductionOn(const AudioKolInternel* h) { return h->anr_config.anr_enable != 0; }
+bool IsTimeAgcOn(const AudioKolInternel* h) { return h->agc_config.agc_enable != 0 && h->agc_config.user_mode == 1; }
+bool IsFreqAgcOn(const AudioKolInternel* h) { return h->agc_config.agc_enable != 0 && h->agc_config.user_mode == 2; }
+
+// The stage cores take their own copies of the public records.
+_AudioAnrInit ToAnrInit(const AudioProcessInit& init) {
+  _AudioAnrInit out;
+  out.point_number = init.point_number;
+  out.channel = init.channel;
+  out.sample_rate = (int)init.sample_rate;
+  return out;
+}
+
+_AudioAgcInit ToAgcInit(const AudioProcessInit& init) {
+  _AudioAgcInit out;
+  out.point_number = init.point_number;
+  out.channel = init.channel;
+  out.sample_rate = (int)init.sample_rate;
+  return out;
+}
+
+_AudioAnrConfig ToAnrConfig(const AudioAnrConfig& cfg) {
+  _AudioAnrConfig out;
+  out.anr_enable = cfg.anr_enable;
+  out.user_mode = cfg.user_mode;
+  memcpy(out.anr_intensity_band, cfg.anr_intensity_band, sizeof(out.anr_intensity_band));
+  memcpy(out.anr_intensity, cfg.anr_intensity, sizeof(out.anr_intensity));
+  out.anr_smooth_level = cfg.anr_smooth_level;
+  out.anr_converge_speed = (int)cfg.anr_converge_speed;
+  out.anr_filter_mode = cfg.anr_filter_mode;
+  return out;
+}
+static_assert(sizeof(_AudioAnrConfig) == sizeof(AudioAnrConfig), "core and public NR settings differ");
+
+// Noise-reduction instances of both channels; the second only in stereo,
+// whose level is set after its Init, as the first channel's before.
+int InitNoiseReduction(AudioKolInternel* h, const AudioProcessInit& init, int lv) {
+  _AudioAnrInit nrInit = ToAnrInit(init);
+  h->nr_inst[0]->dbg_level = lv;
+  int result = NR_Init(h->nr_inst[0], &nrInit);
+  if (init.channel == 2) {
+    result += NR_Init(h->nr_inst[1], &nrInit);
+    h->nr_inst[1]->dbg_level = lv;
+  }
+  return result;
+}
+
+int InitGainControl(AudioKolInternel* h, const AudioProcessInit& init, int lv) {
+  memset(h->pssAudioIn_agc, 0, sizeof(h->pssAudioIn_agc));
+  memset(h->agc_win_buf_2ch, 0, sizeof(h->agc_win_buf_2ch));
+  memset(h->agc_out_half_prev_2ch, 0, sizeof(h->agc_out_half_prev_2ch));
+  const int frameSizeAgc = AGC_GetFrameSizeBySamplingRate((int)init.sample_rate, (int)init.point_number, lv);
+  // Both windows are set even in mono.
+  AGC_SetWindowByFrameSize(h->agc_inst[0], frameSizeAgc);
+  AGC_SetWindowByFrameSize(h->agc_inst[1], frameSizeAgc);
+  _AudioAgcInit agcInit = ToAgcInit(init);
+  int result = 0;
+  for (int m = 0; m < (int)init.channel; ++m) {
+    h->agc_inst[m]->dbg_level = lv;
+    h->freq_agc_inst[m]->dbg_level = lv;
+    result += AGC_Init(h->agc_inst[m], frameSizeAgc);
+    result += (int)freqDomainAgcInit(h->freq_agc_inst[m], &agcInit);
+  }
+  return result;
+}
 
 // Step A and D for one channel: slide the history, bring it to float.
 void LoadChannel(AudioKolInternel* h, short* pss_audio_in, int m) {
@@ -210,15 +275,51 @@ void LoadChannel(AudioKolInternel* h, short* pss_audio_in, int m) {
   for (int i = 0; i < kFftLenSamples; ++i) win[i] = (float)src[i];
 }
 
+// Filter mode 0 hands back its spectrum in pairs of bins and so writes 130
+// bins, one more than the 129 of a spectrum; the extra one is the unused bin
+// 129 of its output buffer. The caller's handle has the next fields behind
+// each channel's spectrum buffer, and this build keeps what that write does
+// to them, explicitly: after channel 1 it lands on the start of channel 2's
+// buffer (reloaded before use), after channel 2 on fft_in_positive_max and
+// the first sample of channel 1's overlap tail.
+void SpillModeZeroExtraBin(AudioKolInternel* h, int m) {
+  const complex_t extra = h->nr_inst[m]->frequency_buffer_output[kSpectrumFloats / 2];
+  if (m == 0) {
+    h->fft_win_buf_2ch[1][0] = extra.re;
+    h->fft_win_buf_2ch[1][1] = extra.im;
+  } else {
+    h->fft_in_positive_max = extra.re;
+    h->ifft_out_half_prev_2ch[0][0] = extra.im;
+  }
+}
+
 // Step E for one channel: window, transform, spectral stages, inverse,
 // window, overlap-add into the caller's frame and keep the new tail.
-void FrequencyStage(AudioKolInternel* h, short* pss_audio_in, int m) {
+ALGO_KOL_RET FrequencyStage(AudioKolInternel* h, short* pss_audio_in, int m) {
   float* win = h->fft_win_buf_2ch[m];
   const int pn = (int)h->kol_init.point_number;
   WindowFFT_Process(win, 0);
   ORB_rdft(&h->FFT_workingBuff, kFftLenSamples, ORB_FFT_MODE_DO_FFT, win, h->fbf_ip, h->fbf_wfft);
   if (IsNoiseReductionOn(h)) {
+    NSinst_t* inst = h->nr_inst[m];
+    if (inst->filter_mode >= 0 && inst->filter_mode <= 4) {
+      const int r = (int)NR_Process(inst, win);
+      if (r != 0) {
+        ALGO_ERR(h->dbg_level, "[%s]Fail! NR process is error in filter mode 0-4.\t\n", "_ZebKol_Run");
+        return ANR_ConvertReturnValue(r);
+      }
+      if (inst->filter_mode == 0) {
+        SpillModeZeroExtraBin(h, m);
+      }
+    }
     memcpy(h->fft_nr_buf_2ch[m], win, sizeof(float) * kSpectrumFloats);
+  }
+  if (IsFreqAgcOn(h)) {
+    const int r = (int)freqDomainAgcProcess(h->freq_agc_inst[m], &h->pssAudioOut[m][0], win);
+    if (r != 0) {
+      ALGO_ERR(h->dbg_level, "[%s]Fail! freqAGC process in ZebKol_Run error.\t\n", "_ZebKol_Run");
+      return AGC_ConvertReturnValue(r);
+    }
   }
   ORB_rdft(&h->FFT_workingBuff, kFftLenSamples, ORB_FFT_MODE_DO_IFFT, win, h->fbf_ip, h->fbf_wfft);
   WindowFFT_Process(win, 1);
@@ -230,6 +331,7 @@ void FrequencyStage(AudioKolInternel* h, short* pss_audio_in, int m) {
   post->flag = 0;
   Post_OLA_Process(win, h->ifft_out_half_prev_2ch[m], pss_audio_in, post);
   for (int k = 0; k < kFftLenSamples - pn; ++k) h->ifft_out_half_prev_2ch[m][k] = win[pn + k];
+  return ALGO_KOL_RET_SUCCESS;
 }
 
 // Rebuilds one frame of a tap from its stored spectrum: inverse transform,
@@ -265,6 +367,91 @@ void LoadAecReference(AudioKolInternel* h, short* aec_in, int m) {
   for (int i = 0; i < kFftLenSamples; ++i) inst->fft_aec_buf_2ch[i] = (float)inst->pssAecIn[i];
   WindowFFT_Process(inst->fft_aec_buf_2ch, 0);
   ORB_rdft(&h->FFT_workingBuff, kFftLenSamples, ORB_FFT_MODE_DO_FFT, inst->fft_aec_buf_2ch, h->fbf_ip, h->fbf_wfft);
+}
+
+// Configures both channels' noise reducers from the stored settings.
+ALGO_KOL_RET ConfigNoiseReduction(AudioKolInternel* h) {
+  const int lv = h->dbg_level;
+  _AudioAnrConfig cfg = ToAnrConfig(h->anr_config);
+  int r = (int)NR_Config(h->nr_inst[0], &cfg);
+  if (r != 0) {
+    ALGO_ERR(lv, "[%s]Fail! ANR Config Fail.\t\n", "_ZebKol_Config");
+    return ANR_ConvertReturnValue(r);
+  }
+  if (h->kol_init.channel == 2) {
+    cfg = ToAnrConfig(h->anr_config);
+    r = (int)NR_Config(h->nr_inst[1], &cfg);
+    if (r != 0) {
+      ALGO_ERR(lv, "[%s]Fail! Channel 2 ANR Config Fail.\t\n", "_ZebKol_Config");
+      return ANR_ConvertReturnValue(r);
+    }
+  }
+  return ALGO_KOL_RET_SUCCESS;
+}
+
+// Configures the engine that the stored user_mode selects, per channel.
+ALGO_KOL_RET ConfigGainControl(AudioKolInternel* h) {
+  const int lv = h->dbg_level;
+  const unsigned int mode = h->agc_config.user_mode;
+  if (mode != 1 && mode != 2) {
+    return ALGO_KOL_RET_SUCCESS;
+  }
+  for (int m = 0; m < (int)h->kol_init.channel; ++m) {
+    _AudioAgcConfig cfg;
+    AGC_CopyUserConfig(&cfg, &h->agc_config);
+    const int r = mode == 1 ? (int)AGC_Config(h->agc_inst[m], &cfg) : (int)freqDomainAgcConfig(h->freq_agc_inst[m], &cfg);
+    if (r != 0) {
+      if (m == 0) {
+        ALGO_ERR(lv, "[%s]Fail! AGC user_mode %u Config Fail.\t\n", "_ZebKol_Config", mode);
+      } else {
+        ALGO_ERR(lv, "[%s]Fail! Channel 2 AGC user_mode %u Config Fail.\t\n", "_ZebKol_Config", mode);
+      }
+      return AGC_ConvertReturnValue(r);
+    }
+  }
+  return ALGO_KOL_RET_SUCCESS;
+}
+
+// Step H: the time-domain AGC over the finished frame, per channel in
+// sub-blocks of its own frame_length with window and overlap-add.
+void TimeDomainAgc(AudioKolInternel* h, short* pss_audio_in) {
+  const int ch = (int)h->kol_init.channel;
+  const int lv = h->dbg_level;
+  if (h->frame_cnt != 0) {
+    h->start_flag = 1;
+  } else if (Counter16Add(&h->frame_cnt, h->kol_init.point_number)) {
+    ALGO_WRN(lv, "[%s]Warning! frame_cnt is reset.\t\n", "_ZebKol_Run");
+  }
+  postInfo_t* post = h->postInfo;
+  for (int m = 0; m < ch; ++m) {
+    AGCinst_t* agc = h->agc_inst[m];
+    if (IsNoiseReductionOn(h) && h->nr_inst[m]->sum_filter > 0.0f && (double)h->nr_inst[m]->sum_filter < 0.4) {
+      h->start_flag = 1;
+    }
+    const int blockLen = agc->frame_length;
+    const int bufLen = agc->buffer_size;
+    float* buf = h->agc_win_buf_2ch[m];
+    for (int i = 0; i < agc->time_factor; ++i) {
+      post->length = bufLen;
+      post->channel_number = (unsigned int)ch;
+      post->bias = blockLen;
+      post->flag = 0;
+      LoadStreams(h->pssAudioIn_agc[m], pss_audio_in + ch * blockLen * i, m, post);
+      const float gainHalfDb = AGC_Process(agc, &h->pssAudioIn_agc[m][blockLen]);
+      for (int k = 0; k < bufLen; ++k) buf[k] = (float)h->pssAudioIn_agc[m][k];
+      WindowFilter_Process(buf, agc->FftInWindow_agc, blockLen, 1.0f);
+      if (h->start_flag) {
+        ne10_LX_Mul_Element_To_Array(buf, DecibelToValueHalf(gainHalfDb), (unsigned int)bufLen);
+      }
+      WindowFilter_Process(buf, agc->FftOutWindow_agc, blockLen, 0.0f);
+      post->length = bufLen - blockLen;
+      post->channel_number = (unsigned int)ch;
+      post->bias = ch * blockLen * i + m;
+      post->flag = 0;
+      Post_OLA_Process(buf, h->agc_out_half_prev_2ch[m], pss_audio_in, post);
+      for (int k = 0; k < bufLen - blockLen; ++k) h->agc_out_half_prev_2ch[m][k] = buf[blockLen + k];
+    }
+  }
 }
 
 // Renews a handle that has run for KOL_RESET_FRAME_LIMIT frames, keeping its
@@ -446,8 +633,12 @@ KOL_HANDLE _ZebKol_Init(const char* working_buffer_address, AudioProcessInit* au
   PrintNeonBanner(lv);
 
   int stageResult = 0;
-  // Stage instances join here as their stages are built; until then the
-  // chain treats them as switched off.
+  if (sw.anr_enable) {
+    stageResult += InitNoiseReduction(h, init, lv);
+  }
+  if (sw.agc_enable) {
+    stageResult += InitGainControl(h, init, lv);
+  }
   if (stageResult != 0) {
     ALGO_ERR(lv, "[KOL]Fail! KOL internal initialize error.\r\n");
     return NULL;
@@ -512,6 +703,10 @@ ALGO_KOL_RET _ZebKol_Config(KOL_HANDLE handle, AudioAnrConfig* anr_config, Audio
       ALGO_WRN(lv, "[%s]Warning! No allocate anr_config buffer.\t\n", __func__);
     } else {
       h->anr_config = *anr_config;
+      ret = ConfigNoiseReduction(h);
+      if (ret != ALGO_KOL_RET_SUCCESS) {
+        return ret;
+      }
     }
   }
   if (eq_config != NULL) {
@@ -533,6 +728,10 @@ ALGO_KOL_RET _ZebKol_Config(KOL_HANDLE handle, AudioAnrConfig* anr_config, Audio
       ALGO_WRN(lv, "[%s]Warning! No allocate agc_config buffer.\t\n", __func__);
     } else {
       h->agc_config = *agc_config;
+      ret = ConfigGainControl(h);
+      if (ret != ALGO_KOL_RET_SUCCESS) {
+        return ret;
+      }
     }
   }
   // Only the neural mode can lower the latency; without noise-reduction
@@ -586,8 +785,14 @@ ALGO_KOL_RET _ZebKol_Run(KOL_HANDLE handle, short* pss_audio_in) {
   for (int m = 0; m < channels; ++m) {
     LoadChannel(h, pss_audio_in, m);
     if (h->reduce_latency_flag == 0) {
-      FrequencyStage(h, pss_audio_in, m);
+      const ALGO_KOL_RET r = FrequencyStage(h, pss_audio_in, m);
+      if (r != ALGO_KOL_RET_SUCCESS) {
+        return r;
+      }
     }
+  }
+  if (IsTimeAgcOn(h)) {
+    TimeDomainAgc(h, pss_audio_in);
   }
   h->is_run_status = 0;
   return ALGO_KOL_RET_SUCCESS;
@@ -726,6 +931,83 @@ ALGO_KOL_RET _ZebKol_NrEstimateReferAec(KOL_HANDLE handle, short* aec_in) {
   }
   ALGO_ERR(lv, "[%s]Fail! ANR buffer does not allocate.\t\n", __func__);
   return ALGO_KOL_RET_INVALID_HANDLE;
+}
+
+ALGO_KOL_RET _ZebKol_GetVadOut(KOL_HANDLE handle, int* speech_probability) {
+  if (handle == NULL) {
+    ALGO_ERR_ALWAYS("[%s]Fail! The kol handle is NULL.\t\n", __func__);
+    return ALGO_KOL_RET_INVALID_HANDLE;
+  }
+  AudioKolInternel* h = (AudioKolInternel*)handle;
+  const int lv = h->dbg_level;
+  if (h->kol_switch.anr_enable == 0) {
+    ALGO_ERR(lv, "[%s]Fail! Need allocate buffer for ANR.\t\n", __func__);
+    return ALGO_KOL_RET_INVALID_CALLING;
+  }
+  const int mode = h->anr_config.anr_filter_mode;
+  if (mode < 0 || mode > 5) {
+    ALGO_ERR(lv, "[%s]Fail! NR filter mode error.\t\n", __func__);
+    return ALGO_KOL_ANR_RET_INVALID_FILTER_MODE;
+  }
+  if (h->anr_config.anr_enable != 1) {
+    ALGO_ERR(lv, "[%s]Fail! Please enable NR.\t\n", __func__);
+    return ALGO_KOL_EQ_RET_INVALID_ENABLE;  // the EQ's code, as the interface has always answered
+  }
+  if (h->is_kol_config_status == 0) {
+    ALGO_ERR(lv, "[%s]Fail! Need config before ZebKol_GetVadOut.\t\n", __func__);
+    return ALGO_KOL_RET_INVALID_CALLING;
+  }
+  if (speech_probability == NULL) {
+    ALGO_ERR(lv, "[%s]Fail! The speech_probability buffer is NULL.\t\n", __func__);
+    return ALGO_KOL_RET_FAILED;
+  }
+  for (int m = 0; m < (int)h->kol_init.channel; ++m) {
+    NR_Sum_Speech_Prob(h->nr_inst[m], speech_probability, mode, m);
+  }
+  return ALGO_KOL_RET_SUCCESS;
+}
+
+ALGO_KOL_RET _ZebKol_EnableAutoSmooth(KOL_HANDLE handle, int enable) {
+  if (handle == NULL) {
+    ALGO_ERR_ALWAYS("[%s]Fail! The kol handle is NULL.\t\n", __func__);
+    return ALGO_KOL_RET_INVALID_HANDLE;
+  }
+  AudioKolInternel* h = (AudioKolInternel*)handle;
+  // Without noise-reduction memory there is no instance to switch; the call
+  // still answers as it always does.
+  if (h->kol_switch.anr_enable) {
+    for (int m = 0; m < (int)h->kol_init.channel; ++m) h->nr_inst[m]->AutoSmooth = enable;
+  }
+  ALGO_MSG(h->dbg_level, "[KOL] AutoSmooth enable.\t\n");
+  return ALGO_KOL_RET_SUCCESS;
+}
+
+ALGO_KOL_RET _ZebKol_InitialFilterEnable(KOL_HANDLE handle, float gain) {
+  if (handle == NULL) {
+    ALGO_ERR_ALWAYS("[%s]Fail! The kol handle is NULL.\t\n", __func__);
+    return ALGO_KOL_RET_INVALID_HANDLE;
+  }
+  AudioKolInternel* h = (AudioKolInternel*)handle;
+  const int lv = h->dbg_level;
+  if (h->kol_switch.anr_enable == 0) {
+    ALGO_ERR(lv, "[%s]Fail! Please enable NR before calling ZebKol_InitialFilterEnable.\t\n", __func__);
+    return ALGO_KOL_ANR_RET_INVALID_ENABLE;
+  }
+  const bool on = gain > 0.0f && gain <= 1.0f;
+  if (!on && gain != 0.0f) {  // NaN lands here too
+    ALGO_ERR(lv, "[%s]Fail! Initial Filter Gain should be [0~1]!\t\n", __func__);
+    return ALGO_KOL_RET_FAILED;
+  }
+  for (int m = 0; m < (int)h->kol_init.channel; ++m) {
+    h->nr_inst[m]->initial_filter_enable = on ? 1 : 0;
+    if (on) h->nr_inst[m]->initial_filter_gain = gain;
+  }
+  if (h->nr_inst[0]->initial_filter_enable) {
+    ALGO_MSG(lv, "[KOL]Initial Filter enable!\t\n");
+  } else {
+    ALGO_MSG(lv, "[KOL]Initial Filter disable!\t\n");
+  }
+  return ALGO_KOL_RET_SUCCESS;
 }
 
 ALGO_KOL_RET _ZebKol_EnhanceNNBFMode(KOL_HANDLE handle, KOL_BF_HANDLE handle2, int is_enable) {

@@ -4,24 +4,12 @@
 // implemented, and the stub here is then deleted.
 #include "AudioProcessWrapper.h"
 
-ALGO_KOL_RET _ZebKol_GetVadOut(KOL_HANDLE, int*) {
-  return ALGO_KOL_RET_FAILED;
-}
-
-ALGO_KOL_RET _ZebKol_InitialFilterEnable(KOL_HANDLE, float) {
-  return ALGO_KOL_RET_FAILED;
-}
-
 ALGO_KOL_RET _ZebKol_NrReadJson(KOL_HANDLE, char*, char*, unsigned int) {
   return ALGO_KOL_RET_FAILED;
 }
 
 unsigned int _ZebKol_GetJsonFileSize(char*) {
   return 0;
-}
-
-ALGO_KOL_RET _ZebKol_EnableAutoSmooth(KOL_HANDLE, int) {
-  return ALGO_KOL_RET_FAILED;
 }
 
 ALGO_KOL_RET _ZebKol_EnableComfortNoise(KOL_HANDLE, int, int) {
