@@ -243,8 +243,10 @@ constexpr int kNeuralDelayAt16kHz = 448;
 // Each of the two rate converters' FIR (51 taps) delays by 25 samples at
 // the rate it filters at: 16 kHz around 8 kHz lines, 32 kHz around 32 kHz.
 constexpr int kConverterDelayAtFilterRate = 25;
-constexpr int kHpfFirDelay80Hz = 127;   // 257 taps; the newest sample meets the last two
-constexpr int kHpfFirDelay500Hz = 63;   // 129 taps
+// The FIR gives the newest sample both of its last two taps, which brings
+// the centre tap (128 of 257, 64 of 129) one sample closer.
+constexpr int kHpfFirDelay80Hz = 127;
+constexpr int kHpfFirDelay500Hz = 63;
 
 }  // namespace
 
