@@ -241,6 +241,15 @@ int InitNoiseReduction(AudioKolInternel* h, const AudioProcessInit& init, int lv
   return result;
 }
 
+int InitEqualiser(AudioKolInternel* h, const AudioProcessInit& init, int lv) {
+  int result = 0;
+  for (int m = 0; m < (int)init.channel; ++m) {
+    h->eq_inst[m]->dbg_level = lv;
+    result += EQ_Init(h->eq_inst[m], (int)init.sample_rate);
+  }
+  return result;
+}
+
 int InitGainControl(AudioKolInternel* h, const AudioProcessInit& init, int lv) {
   memset(h->pssAudioIn_agc, 0, sizeof(h->pssAudioIn_agc));
   memset(h->agc_win_buf_2ch, 0, sizeof(h->agc_win_buf_2ch));
@@ -260,7 +269,7 @@ int InitGainControl(AudioKolInternel* h, const AudioProcessInit& init, int lv) {
   return result;
 }
 
-// Step A and D for one channel: slide the history, bring it to float.
+// Step A for one channel: slide the new frame into the two-frame history.
 void LoadChannel(AudioKolInternel* h, short* pss_audio_in, int m) {
   postInfo_t* post = h->postInfo;
   post->length = kFftLenSamples;
@@ -268,7 +277,17 @@ void LoadChannel(AudioKolInternel* h, short* pss_audio_in, int m) {
   post->bias = (int)h->kol_init.point_number;
   post->flag = 0;
   LoadStreams(h->pssAudioIn[m], pss_audio_in, m, post);
-  // No neural block runs in this build: the output history mirrors the input.
+}
+
+// Step B: the time-domain high-pass FIR on the newest frame of the history.
+int TimeDomainHighPass(AudioKolInternel* h, int m) {
+  return HPF_FiniteImpulseResponseFilter(h->HPF_filter_buffer[m], &h->pssAudioIn[m][kFrameLenSamples],
+                                         (_ZEB_HPF_FREQ)h->hpf_config.cutoff_frequency, h->dbg_level);
+}
+
+// Steps C and D: without a neural block the output history mirrors the
+// input; the frequency stage's buffer gets the history as floats.
+void PrepareSpectrumInput(AudioKolInternel* h, int m) {
   memcpy(h->pssAudioOut[m], h->pssAudioIn[m], sizeof(h->pssAudioOut[m]));
   const short* src = IsNoiseReductionOn(h) ? h->pssAudioOut[m] : h->pssAudioIn[m];
   float* win = h->fft_win_buf_2ch[m];
@@ -313,6 +332,12 @@ ALGO_KOL_RET FrequencyStage(AudioKolInternel* h, short* pss_audio_in, int m) {
       }
     }
     memcpy(h->fft_nr_buf_2ch[m], win, sizeof(float) * kSpectrumFloats);
+  }
+  if (h->eq_config.eq_enable != 0) {
+    EQ_ApplyGain(h->eq_inst[m]->EQ_AddiScalingFactor, win);
+  }
+  if (h->hpf_config.hpf_enable != 0 && h->hpf_config.user_mode == 1) {
+    HPF_ApplyGain(h->eq_inst[m]->HPF_AddiScalingFactor, win, (_ZEB_HPF_FREQ)h->hpf_config.cutoff_frequency);
   }
   if (IsFreqAgcOn(h)) {
     const int r = (int)freqDomainAgcProcess(h->freq_agc_inst[m], &h->pssAudioOut[m][0], win);
@@ -367,6 +392,40 @@ void LoadAecReference(AudioKolInternel* h, short* aec_in, int m) {
   for (int i = 0; i < kFftLenSamples; ++i) inst->fft_aec_buf_2ch[i] = (float)inst->pssAecIn[i];
   WindowFFT_Process(inst->fft_aec_buf_2ch, 0);
   ORB_rdft(&h->FFT_workingBuff, kFftLenSamples, ORB_FFT_MODE_DO_FFT, inst->fft_aec_buf_2ch, h->fbf_ip, h->fbf_wfft);
+}
+
+ALGO_KOL_RET ConfigEqualiser(AudioKolInternel* h) {
+  for (int m = 0; m < (int)h->kol_init.channel; ++m) {
+    _AudioEqConfig cfg;
+    cfg.eq_enable = h->eq_config.eq_enable;
+    cfg.user_mode = h->eq_config.user_mode;
+    memcpy(cfg.eq_gain_db, h->eq_config.eq_gain_db, sizeof(cfg.eq_gain_db));
+    const int r = (int)EQ_Config(h->eq_inst[m], &cfg);
+    if (r != 0) {
+      if (m == 0) {
+        ALGO_ERR(h->dbg_level, "[%s]Fail! EQ Config Fail.\t\n", "_ZebKol_Config");
+      } else {
+        ALGO_ERR(h->dbg_level, "[%s]Fail! Channel 2 EQ Config Fail.\t\n", "_ZebKol_Config");
+      }
+      return EQ_ConvertReturnValue(r);
+    }
+  }
+  return ALGO_KOL_RET_SUCCESS;
+}
+
+ALGO_KOL_RET ConfigHighPass(AudioKolInternel* h) {
+  for (int m = 0; m < (int)h->kol_init.channel; ++m) {
+    const int r = (int)HPF_Config(h->eq_inst[m], (_ZEB_HPF_FREQ)h->hpf_config.cutoff_frequency);
+    if (r != 0) {
+      if (m == 0) {
+        ALGO_ERR(h->dbg_level, "[%s]Fail! HPF Config Fail.\t\n", "_ZebKol_Config");
+      } else {
+        ALGO_ERR(h->dbg_level, "[%s]Fail! Channel 2 HPF Config Fail.\t\n", "_ZebKol_Config");
+      }
+      return EQ_ConvertReturnValue(r);
+    }
+  }
+  return ALGO_KOL_RET_SUCCESS;
 }
 
 // Configures both channels' noise reducers from the stored settings.
@@ -636,6 +695,9 @@ KOL_HANDLE _ZebKol_Init(const char* working_buffer_address, AudioProcessInit* au
   if (sw.anr_enable) {
     stageResult += InitNoiseReduction(h, init, lv);
   }
+  if (sw.eq_enable) {
+    stageResult += InitEqualiser(h, init, lv);
+  }
   if (sw.agc_enable) {
     stageResult += InitGainControl(h, init, lv);
   }
@@ -713,7 +775,15 @@ ALGO_KOL_RET _ZebKol_Config(KOL_HANDLE handle, AudioAnrConfig* anr_config, Audio
     if (h->kol_switch.eq_enable == 0) {
       ALGO_WRN(lv, "[%s]Warning! No allocate eq_config buffer.\t\n", __func__);
     } else {
-      h->eq_config = *eq_config;
+      h->eq_config.eq_enable = eq_config->eq_enable;
+      h->eq_config.user_mode = eq_config->user_mode;
+      memcpy(h->eq_config.eq_gain_db, eq_config->eq_gain_db, sizeof(h->eq_config.eq_gain_db));
+      if (h->eq_config.eq_enable != 0 && h->eq_config.user_mode != 0) {
+        ret = ConfigEqualiser(h);
+        if (ret != ALGO_KOL_RET_SUCCESS) {
+          return ret;
+        }
+      }
     }
   }
   if (hpf_config != NULL) {
@@ -721,6 +791,12 @@ ALGO_KOL_RET _ZebKol_Config(KOL_HANDLE handle, AudioAnrConfig* anr_config, Audio
       ALGO_WRN(lv, "[%s]Warning! No allocate hpf_config buffer.\t\n", __func__);
     } else {
       h->hpf_config = *hpf_config;
+      if (h->hpf_config.hpf_enable != 0 && h->hpf_config.user_mode != 0) {
+        ret = ConfigHighPass(h);
+        if (ret != ALGO_KOL_RET_SUCCESS) {
+          return ret;
+        }
+      }
     }
   }
   if (agc_config != NULL) {
@@ -782,8 +858,16 @@ ALGO_KOL_RET _ZebKol_Run(KOL_HANDLE handle, short* pss_audio_in) {
   }
 
   const int channels = (int)h->kol_init.channel;
+  int firResult = 0;
   for (int m = 0; m < channels; ++m) {
     LoadChannel(h, pss_audio_in, m);
+    if (h->hpf_config.hpf_enable != 0 && h->hpf_config.user_mode == 2) {
+      firResult += TimeDomainHighPass(h, m);
+      if (firResult != 0) {
+        return ALGO_KOL_HPF_RET_INVALID_TABLE;
+      }
+    }
+    PrepareSpectrumInput(h, m);
     if (h->reduce_latency_flag == 0) {
       const ALGO_KOL_RET r = FrequencyStage(h, pss_audio_in, m);
       if (r != ALGO_KOL_RET_SUCCESS) {
