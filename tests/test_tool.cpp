@@ -625,6 +625,29 @@ TEST_F(ToolStageTest, TimeDomainHighPassRemovesHumAndStaysAligned) {
   EXPECT_EQ(bestLag, 0);
 }
 
+TEST_F(ToolStageTest, EqualiserFileCutsTheBinsItNames) {
+  Audio in = Silence(16000, 1, 16000 * 2);
+  AddTone(&in, 500.0, 4000.0);   // bin 8
+  AddTone(&in, 3000.0, 4000.0);  // bin 48
+  std::string gains = "# flat below 2 kHz, -20 dB above\n";
+  for (int bin = 0; bin < 129; ++bin) gains += bin < 32 ? "0\n" : "-20\n";
+  WriteText(Path("eq.txt"), gains);
+  Audio out;
+  if (!RunStage(in, {"--eq", Path("eq.txt")}, "the equaliser", &out)) GTEST_SKIP() << skipReason_;
+  const size_t from = 4000, to = in.Frames() - 4000;
+  EXPECT_NEAR(ToneDb(out, 3000.0, from, to), ToneDb(in, 3000.0, from, to) - 20.0, 1.0);
+  EXPECT_NEAR(ToneDb(out, 500.0, from, to), ToneDb(in, 500.0, from, to), 1.0);
+}
+
+TEST_F(ToolStageTest, ComfortNoiseFillsSilenceAtTheFloorAsked) {
+  Audio in = Silence(16000, 1, 16000);
+  Audio quiet, louder;
+  if (!RunStage(in, {"--cng", "-70"}, "comfort noise", &quiet)) GTEST_SKIP() << skipReason_;
+  ASSERT_TRUE(RunStage(in, {"--cng", "-50"}, "comfort noise", &louder)) << skipReason_;
+  // The floor is a power: 20 dB more of it is 20 dB more noise.
+  EXPECT_NEAR(RmsDb(louder, 0, in.Frames()) - RmsDb(quiet, 0, in.Frames()), 20.0, 3.0);
+}
+
 TEST_F(ToolStageTest, TimeDomainAgcRaisesAQuietFile) {
   Audio in = Silence(16000, 1, 16000 * 4);
   AddTone(&in, 700.0, 300.0);  // about -43 dBFS RMS
