@@ -85,7 +85,7 @@ GuardStats MeasureGuard(const float* Y_in, int stopBins, float* filter_tmp) {
     const float re = Y_in[2 * k];
     const float im = Y_in[2 * k + 1];
     const float p = (float)sqrt((double)(re * re + im * im));
-    float levelDb = (float)(20.0 * log10((double)(p / kGuardFullScale / kGuardBinScale)));
+    float levelDb = 20.0f * log10f(p / kGuardFullScale / kGuardBinScale);
     if (levelDb < kGuardFloorDb) levelDb = kGuardFloorDb;
     if (s.maxBinDb < levelDb) {
       s.maxBinDb = levelDb;
