@@ -382,7 +382,9 @@ class ChainFilters : public ::testing::Test {
     work_.assign(ZebKol_GetBufferSize(&sw) / sizeof(void*) + 1, nullptr);
     KOL_HANDLE h = nullptr;
     CaptureStdout([&] { h = ZebKol_Init(reinterpret_cast<char*>(work_.data()), &init, &sw); });
-    if (h != nullptr && eqSwitch) EXPECT_EQ(Rec(h)->eq_inst[0]->sample_rate, 16000);
+    if (h != nullptr && eqSwitch) {
+      EXPECT_EQ(Rec(h)->eq_inst[0]->sample_rate, 16000);
+    }
     return h;
   }
   static AudioKolInternel* Rec(KOL_HANDLE h) { return static_cast<AudioKolInternel*>(h); }
