@@ -1,12 +1,13 @@
-// Public C API: result codes, enumerations and record layouts as clients and
+// Public C API: result codes, enumerations and the record sizes clients and
 // the stage records that embed them rely on, and the behaviour of every
 // handle-taking entry point when it is handed NULL.
 #include <gtest/gtest.h>
 
 #include <cstddef>
-#include <set>
+#include <iterator>
 #include <string>
 #include <type_traits>
+#include <vector>
 
 #include "AudioProcessWrapper.h"
 #include "test_support.h"
@@ -14,271 +15,102 @@
 
 namespace {
 
-struct EnumEntry {
-  const char* name;
-  long long value;
-  long long expected;
-};
-#define ENTRY(name, expected) {#name, static_cast<long long>(name), expected}
-
-const EnumEntry kKolCodes[] = {
-    ENTRY(ALGO_KOL_RET_SUCCESS, 0),
-    ENTRY(ALGO_KOL_RET_INIT_ERROR, 0x10000501),
-    ENTRY(ALGO_KOL_RET_INVALID_HANDLE, 0x10000502),
-    ENTRY(ALGO_KOL_RET_INVALID_SAMPLE_RATE, 0x10000503),
-    ENTRY(ALGO_KOL_RET_INVALID_POINT_NUMBER, 0x10000504),
-    ENTRY(ALGO_KOL_RET_INVALID_CHANNEL, 0x10000505),
-    ENTRY(ALGO_KOL_ANR_RET_INVALID_ENABLE, 0x10000506),
-    ENTRY(ALGO_KOL_ANR_RET_INVALID_MODE, 0x10000507),
-    ENTRY(ALGO_KOL_ANR_RET_INVALID_INTENSITY, 0x10000508),
-    ENTRY(ALGO_KOL_ANR_RET_INVALID_SMOOTH_LEVEL, 0x10000509),
-    ENTRY(ALGO_KOL_ANR_RET_INVALID_CONVERGE_SPEED, 0x10000510),
-    ENTRY(ALGO_KOL_ANR_RET_INVALID_FILTER_MODE, 0x10000511),
-    ENTRY(ALGO_KOL_EQ_RET_INVALID_ENABLE, 0x10000512),
-    ENTRY(ALGO_KOL_EQ_RET_INVALID_MODE, 0x10000513),
-    ENTRY(ALGO_KOL_EQ_RET_INVALID_TABLE, 0x10000514),
-    ENTRY(ALGO_KOL_HPF_RET_INVALID_ENABLE, 0x10000515),
-    ENTRY(ALGO_KOL_HPF_RET_INVALID_MODE, 0x10000516),
-    ENTRY(ALGO_KOL_HPF_RET_INVALID_TABLE, 0x10000517),
-    ENTRY(ALGO_KOL_AGC_RET_INVALID_ENABLE, 0x10000518),
-    ENTRY(ALGO_KOL_AGC_RET_INVALID_MODE, 0x10000519),
-    ENTRY(ALGO_KOL_AGC_RET_INVALID_COMPRESSION_RATIO, 0x10000520),
-    ENTRY(ALGO_KOL_AGC_RET_INVALID_FREQUENCY_BAND, 0x10000521),
-    ENTRY(ALGO_KOL_AGC_RET_INVALID_DROP_GAIN_MAX, 0x10000522),
-    ENTRY(ALGO_KOL_AGC_RET_INVALID_GAIN_STEP, 0x10000523),
-    ENTRY(ALGO_KOL_AGC_RET_INVALID_RELEASE_TIME, 0x10000524),
-    ENTRY(ALGO_KOL_AGC_RET_INVALID_ATTACK_TIME, 0x10000525),
-    ENTRY(ALGO_KOL_AGC_RET_INVALID_NOISE_GATE, 0x10000526),
-    ENTRY(ALGO_KOL_AGC_RET_INVALID_NOISE_ATTENU, 0x10000527),
-    ENTRY(ALGO_KOL_AGC_RET_INVALID_DROP_GAIN_LEVEL, 0x10000528),
-    ENTRY(ALGO_KOL_AGC_RET_INVALID_GAIN_INFO, 0x10000529),
-    ENTRY(ALGO_KOL_RET_API_CONFLICT, 0x10000530),
-    ENTRY(ALGO_KOL_RET_INVALID_CALLING, 0x10000531),
-    ENTRY(ALGO_KOL_RET_FAILED, 0x10000532),
-};
-
-const EnumEntry kAnrCodes[] = {
-    ENTRY(ALGO_ANR_RET_SUCCESS, 0),
-    ENTRY(ALGO_ANR_RET_INIT_ERROR, 1),
-    ENTRY(ALGO_ANR_RET_INVALID_HANDLE, 2),
-    ENTRY(ALGO_ANR_RET_INVALID_SAMPLE_RATE, 3),
-    ENTRY(ALGO_ANR_RET_INVALID_POINT_NUMBER, 4),
-    ENTRY(ALGO_ANR_RET_INVALID_CHANNEL, 5),
-    ENTRY(ALGO_ANR_RET_INVALID_ENABLE, 6),
-    ENTRY(ALGO_ANR_RET_INVALID_MODE, 7),
-    ENTRY(ALGO_ANR_RET_INVALID_INTENSITY, 8),
-    ENTRY(ALGO_ANR_RET_INVALID_SMOOTH_LEVEL, 9),
-    ENTRY(ALGO_ANR_RET_INVALID_CONVERGE_SPEED, 10),
-    ENTRY(ALGO_ANR_RET_API_CONFLICT, 11),
-    ENTRY(ALGO_ANR_RET_INVALID_CALLING, 12),
-    ENTRY(ALGO_ANR_RET_INVALID_FILTER_MODE, 13),
-    ENTRY(ALGO_ANR_RET_FAILED, 14),
-};
-
-const EnumEntry kEqCodes[] = {
-    ENTRY(ALGO_EQ_RET_SUCCESS, 0),
-    ENTRY(ALGO_EQ_RET_INIT_ERROR, 1),
-    ENTRY(ALGO_EQ_RET_INVALID_HANDLE, 2),
-    ENTRY(ALGO_EQ_RET_INVALID_SAMPLE_RATE, 3),
-    ENTRY(ALGO_EQ_RET_INVALID_POINT_NUMBER, 4),
-    ENTRY(ALGO_EQ_RET_INVALID_CHANNEL, 5),
-    ENTRY(ALGO_EQ_RET_INVALID_ENABLE, 6),
-    ENTRY(ALGO_EQ_RET_INVALID_MODE, 7),
-    ENTRY(ALGO_EQ_RET_INVALID_TABLE, 8),
-    ENTRY(ALGO_HPF_RET_INVALID_ENABLE, 9),
-    ENTRY(ALGO_HPF_RET_INVALID_MODE, 10),
-    ENTRY(ALGO_HPF_RET_INVALID_TABLE, 11),
-    ENTRY(ALGO_EQ_RET_API_CONFLICT, 12),
-    ENTRY(ALGO_EQ_RET_INVALID_CALLING, 13),
-    ENTRY(ALGO_EQ_RET_FAILED, 14),
-};
-
+// Every result enumeration in declared order, as clients compare against it.
+const long long kKolCodes[] = {
+    ALGO_KOL_RET_SUCCESS, ALGO_KOL_RET_INIT_ERROR, ALGO_KOL_RET_INVALID_HANDLE,
+    ALGO_KOL_RET_INVALID_SAMPLE_RATE, ALGO_KOL_RET_INVALID_POINT_NUMBER, ALGO_KOL_RET_INVALID_CHANNEL,
+    ALGO_KOL_ANR_RET_INVALID_ENABLE, ALGO_KOL_ANR_RET_INVALID_MODE, ALGO_KOL_ANR_RET_INVALID_INTENSITY,
+    ALGO_KOL_ANR_RET_INVALID_SMOOTH_LEVEL, ALGO_KOL_ANR_RET_INVALID_CONVERGE_SPEED,
+    ALGO_KOL_ANR_RET_INVALID_FILTER_MODE, ALGO_KOL_EQ_RET_INVALID_ENABLE, ALGO_KOL_EQ_RET_INVALID_MODE,
+    ALGO_KOL_EQ_RET_INVALID_TABLE, ALGO_KOL_HPF_RET_INVALID_ENABLE, ALGO_KOL_HPF_RET_INVALID_MODE,
+    ALGO_KOL_HPF_RET_INVALID_TABLE, ALGO_KOL_AGC_RET_INVALID_ENABLE, ALGO_KOL_AGC_RET_INVALID_MODE,
+    ALGO_KOL_AGC_RET_INVALID_COMPRESSION_RATIO, ALGO_KOL_AGC_RET_INVALID_FREQUENCY_BAND,
+    ALGO_KOL_AGC_RET_INVALID_DROP_GAIN_MAX, ALGO_KOL_AGC_RET_INVALID_GAIN_STEP,
+    ALGO_KOL_AGC_RET_INVALID_RELEASE_TIME, ALGO_KOL_AGC_RET_INVALID_ATTACK_TIME,
+    ALGO_KOL_AGC_RET_INVALID_NOISE_GATE, ALGO_KOL_AGC_RET_INVALID_NOISE_ATTENU,
+    ALGO_KOL_AGC_RET_INVALID_DROP_GAIN_LEVEL, ALGO_KOL_AGC_RET_INVALID_GAIN_INFO, ALGO_KOL_RET_API_CONFLICT,
+    ALGO_KOL_RET_INVALID_CALLING, ALGO_KOL_RET_FAILED};
+const long long kAnrCodes[] = {
+    ALGO_ANR_RET_SUCCESS, ALGO_ANR_RET_INIT_ERROR, ALGO_ANR_RET_INVALID_HANDLE, ALGO_ANR_RET_INVALID_SAMPLE_RATE,
+    ALGO_ANR_RET_INVALID_POINT_NUMBER, ALGO_ANR_RET_INVALID_CHANNEL, ALGO_ANR_RET_INVALID_ENABLE,
+    ALGO_ANR_RET_INVALID_MODE, ALGO_ANR_RET_INVALID_INTENSITY, ALGO_ANR_RET_INVALID_SMOOTH_LEVEL,
+    ALGO_ANR_RET_INVALID_CONVERGE_SPEED, ALGO_ANR_RET_API_CONFLICT, ALGO_ANR_RET_INVALID_CALLING,
+    ALGO_ANR_RET_INVALID_FILTER_MODE, ALGO_ANR_RET_FAILED};
+const long long kEqCodes[] = {
+    ALGO_EQ_RET_SUCCESS, ALGO_EQ_RET_INIT_ERROR, ALGO_EQ_RET_INVALID_HANDLE, ALGO_EQ_RET_INVALID_SAMPLE_RATE,
+    ALGO_EQ_RET_INVALID_POINT_NUMBER, ALGO_EQ_RET_INVALID_CHANNEL, ALGO_EQ_RET_INVALID_ENABLE,
+    ALGO_EQ_RET_INVALID_MODE, ALGO_EQ_RET_INVALID_TABLE, ALGO_HPF_RET_INVALID_ENABLE, ALGO_HPF_RET_INVALID_MODE,
+    ALGO_HPF_RET_INVALID_TABLE, ALGO_EQ_RET_API_CONFLICT, ALGO_EQ_RET_INVALID_CALLING, ALGO_EQ_RET_FAILED};
 // The public AGC result has no frequency-band member: from 9 on it runs
 // one below the stage's own numbering.
-const EnumEntry kAgcCodes[] = {
-    ENTRY(ALGO_AGC_RET_SUCCESS, 0),
-    ENTRY(ALGO_AGC_RET_INIT_ERROR, 1),
-    ENTRY(ALGO_AGC_RET_INVALID_HANDLE, 2),
-    ENTRY(ALGO_AGC_RET_INVALID_SAMPLE_RATE, 3),
-    ENTRY(ALGO_AGC_RET_INVALID_POINT_NUMBER, 4),
-    ENTRY(ALGO_AGC_RET_INVALID_CHANNEL, 5),
-    ENTRY(ALGO_AGC_RET_INVALID_ENABLE, 6),
-    ENTRY(ALGO_AGC_RET_INVALID_MODE, 7),
-    ENTRY(ALGO_AGC_RET_INVALID_COMPRESSION_RATIO, 8),
-    ENTRY(ALGO_AGC_RET_INVALID_DROP_GAIN_MAX, 9),
-    ENTRY(ALGO_AGC_RET_INVALID_GAIN_STEP, 10),
-    ENTRY(ALGO_AGC_RET_INVALID_RELEASE_TIME, 11),
-    ENTRY(ALGO_AGC_RET_INVALID_ATTACK_TIME, 12),
-    ENTRY(ALGO_AGC_RET_INVALID_NOISE_GATE, 13),
-    ENTRY(ALGO_AGC_RET_INVALID_NOISE_ATTENU, 14),
-    ENTRY(ALGO_AGC_RET_INVALID_DROP_GAIN_LEVEL, 15),
-    ENTRY(ALGO_AGC_RET_INVALID_GAIN_INFO, 16),
-    ENTRY(ALGO_AGC_RET_API_CONFLICT, 17),
-    ENTRY(ALGO_AGC_RET_INVALID_CALLING, 18),
-    ENTRY(ALGO_AGC_RET_FAILED, 19),
-};
+const long long kAgcCodes[] = {
+    ALGO_AGC_RET_SUCCESS, ALGO_AGC_RET_INIT_ERROR, ALGO_AGC_RET_INVALID_HANDLE, ALGO_AGC_RET_INVALID_SAMPLE_RATE,
+    ALGO_AGC_RET_INVALID_POINT_NUMBER, ALGO_AGC_RET_INVALID_CHANNEL, ALGO_AGC_RET_INVALID_ENABLE,
+    ALGO_AGC_RET_INVALID_MODE, ALGO_AGC_RET_INVALID_COMPRESSION_RATIO, ALGO_AGC_RET_INVALID_DROP_GAIN_MAX,
+    ALGO_AGC_RET_INVALID_GAIN_STEP, ALGO_AGC_RET_INVALID_RELEASE_TIME, ALGO_AGC_RET_INVALID_ATTACK_TIME,
+    ALGO_AGC_RET_INVALID_NOISE_GATE, ALGO_AGC_RET_INVALID_NOISE_ATTENU, ALGO_AGC_RET_INVALID_DROP_GAIN_LEVEL,
+    ALGO_AGC_RET_INVALID_GAIN_INFO, ALGO_AGC_RET_API_CONFLICT, ALGO_AGC_RET_INVALID_CALLING,
+    ALGO_AGC_RET_FAILED};
 
-const EnumEntry kSmallEnums[] = {
-    ENTRY(ZEB_KOL_SAMPLE_RATE_8000, 8000),   ENTRY(ZEB_KOL_SAMPLE_RATE_16000, 16000),
-    ENTRY(ZEB_KOL_SAMPLE_RATE_32000, 32000), ENTRY(ZEB_KOL_SAMPLE_RATE_48000, 48000),
-    ENTRY(ZEB_ANR_SAMPLE_RATE_8000, 8000),   ENTRY(ZEB_ANR_SAMPLE_RATE_16000, 16000),
-    ENTRY(ZEB_ANR_SAMPLE_RATE_32000, 32000), ENTRY(ZEB_ANR_SAMPLE_RATE_48000, 48000),
-    ENTRY(ZEB_EQ_SAMPLE_RATE_8000, 8000),    ENTRY(ZEB_EQ_SAMPLE_RATE_16000, 16000),
-    ENTRY(ZEB_EQ_SAMPLE_RATE_32000, 32000),  ENTRY(ZEB_EQ_SAMPLE_RATE_48000, 48000),
-    ENTRY(ZEB_AGC_SAMPLE_RATE_8000, 8000),   ENTRY(ZEB_AGC_SAMPLE_RATE_16000, 16000),
-    ENTRY(ZEB_AGC_SAMPLE_RATE_32000, 32000), ENTRY(ZEB_AGC_SAMPLE_RATE_48000, 48000),
-    ENTRY(NR_SPEED_LOW, 0),                  ENTRY(NR_SPEED_MID, 1),
-    ENTRY(NR_SPEED_HIGH, 2),                 ENTRY(AUDIO_HPF_FREQ_80, 0),
-    ENTRY(AUDIO_HPF_FREQ_120, 1),            ENTRY(AUDIO_HPF_FREQ_150, 2),
-    ENTRY(AUDIO_HPF_FREQ_500, 3),            ENTRY(AUDIO_HPF_FREQ_BUTT, 4),
-    ENTRY(EQ_NOTCH_FILTER, 0),               ENTRY(EQ_HIGH_PASS_FILTER, 1),
-    ENTRY(EQ_LOW_PASS_FILTER, 2),
-};
-#undef ENTRY
+TEST(ResultCodes, ChainCodesCountInDecimalDigitsFrom0x10000501) {
+  // Entry i is 0x10000500 + i written as if decimal: 0x1000050A does not exist.
+  ASSERT_EQ(std::size(kKolCodes), 33u);
+  EXPECT_EQ(kKolCodes[0], 0);
+  for (int i = 1; i < 33; ++i) EXPECT_EQ(kKolCodes[i], 0x10000500LL + (i / 10) * 16 + i % 10) << "entry " << i;
+}
 
-template <size_t N>
-void ExpectTable(const EnumEntry (&table)[N]) {
-  for (const EnumEntry& e : table) {
-    EXPECT_EQ(e.value, e.expected) << e.name;
+TEST(ResultCodes, FamilyCodesCountFromZero) {
+  ASSERT_EQ(std::size(kAnrCodes), 15u);
+  ASSERT_EQ(std::size(kEqCodes), 15u);
+  ASSERT_EQ(std::size(kAgcCodes), 20u);
+  for (size_t i = 0; i < 15; ++i) EXPECT_EQ(kAnrCodes[i], (long long)i) << "ANR entry " << i;
+  for (size_t i = 0; i < 15; ++i) EXPECT_EQ(kEqCodes[i], (long long)i) << "EQ entry " << i;
+  for (size_t i = 0; i < 20; ++i) EXPECT_EQ(kAgcCodes[i], (long long)i) << "AGC entry " << i;
+}
+
+TEST(ResultCodes, RatesAndSettingEnums) {
+  const long long rates[][4] = {
+      {ZEB_KOL_SAMPLE_RATE_8000, ZEB_KOL_SAMPLE_RATE_16000, ZEB_KOL_SAMPLE_RATE_32000, ZEB_KOL_SAMPLE_RATE_48000},
+      {ZEB_ANR_SAMPLE_RATE_8000, ZEB_ANR_SAMPLE_RATE_16000, ZEB_ANR_SAMPLE_RATE_32000, ZEB_ANR_SAMPLE_RATE_48000},
+      {ZEB_EQ_SAMPLE_RATE_8000, ZEB_EQ_SAMPLE_RATE_16000, ZEB_EQ_SAMPLE_RATE_32000, ZEB_EQ_SAMPLE_RATE_48000},
+      {ZEB_AGC_SAMPLE_RATE_8000, ZEB_AGC_SAMPLE_RATE_16000, ZEB_AGC_SAMPLE_RATE_32000, ZEB_AGC_SAMPLE_RATE_48000}};
+  for (const auto& family : rates) {
+    EXPECT_EQ(std::vector<long long>(family, family + 4), (std::vector<long long>{8000, 16000, 32000, 48000}));
   }
+  const long long settings[] = {NR_SPEED_LOW,      NR_SPEED_MID,       NR_SPEED_HIGH,       AUDIO_HPF_FREQ_80,
+                                AUDIO_HPF_FREQ_120, AUDIO_HPF_FREQ_150, AUDIO_HPF_FREQ_500, AUDIO_HPF_FREQ_BUTT,
+                                EQ_NOTCH_FILTER,   EQ_HIGH_PASS_FILTER, EQ_LOW_PASS_FILTER};
+  EXPECT_EQ(std::vector<long long>(std::begin(settings), std::end(settings)),
+            (std::vector<long long>{0, 1, 2, 0, 1, 2, 3, 4, 0, 1, 2}));
 }
-
-template <size_t N>
-void ExpectDistinct(const EnumEntry (&table)[N]) {
-  std::set<long long> seen;
-  for (const EnumEntry& e : table) {
-    EXPECT_TRUE(seen.insert(e.value).second) << e.name << " repeats a value";
-  }
-}
-
-TEST(ResultCodes, ChainCodesAsTabled) {
-  ExpectTable(kKolCodes);
-  ExpectDistinct(kKolCodes);
-}
-
-TEST(ResultCodes, ChainCodesSkipNonDecimalLowDigits) {
-  // The block 0x501..0x532 is numbered as if it were decimal: no code has a
-  // hexadecimal letter in its last two digits (0x1000050A does not exist).
-  for (const EnumEntry& e : kKolCodes) {
-    if (e.value == 0) continue;
-    EXPECT_GE(e.value, 0x10000501LL) << e.name;
-    EXPECT_LE(e.value, 0x10000532LL) << e.name;
-    EXPECT_LE(e.value & 0xF, 9) << e.name;
-    EXPECT_LE((e.value >> 4) & 0xF, 9) << e.name;
-  }
-}
-
-TEST(ResultCodes, FamilyCodesAsTabled) {
-  ExpectTable(kAnrCodes);
-  ExpectDistinct(kAnrCodes);
-  ExpectTable(kEqCodes);
-  ExpectDistinct(kEqCodes);
-  ExpectTable(kAgcCodes);
-  ExpectDistinct(kAgcCodes);
-}
-
-TEST(ResultCodes, RatesAndSmallEnumsAsTabled) { ExpectTable(kSmallEnums); }
 
 // Records embed these enumerations, so their width fixes record layouts.
-static_assert(sizeof(ALGO_KOL_RET) == 4, "32-bit result code");
-static_assert(sizeof(ZEB_KOL_SAMPLE_RATE) == 4 && sizeof(ZEB_ANR_SAMPLE_RATE) == 4 &&
-                  sizeof(ZEB_EQ_SAMPLE_RATE) == 4 && sizeof(ZEB_AGC_SAMPLE_RATE) == 4,
-              "rate enums are 32-bit");
-static_assert(sizeof(NR_CONVERGE_SPEED) == 4 && sizeof(ZEB_HPF_FREQ) == 4 &&
-                  sizeof(EQ_FILTER_TYPE) == 4,
-              "setting enums are 32-bit");
-
+static_assert(sizeof(ALGO_KOL_RET) == 4 && sizeof(ZEB_KOL_SAMPLE_RATE) == 4 && sizeof(ZEB_ANR_SAMPLE_RATE) == 4 &&
+                  sizeof(ZEB_EQ_SAMPLE_RATE) == 4 && sizeof(ZEB_AGC_SAMPLE_RATE) == 4 &&
+                  sizeof(NR_CONVERGE_SPEED) == 4 && sizeof(ZEB_HPF_FREQ) == 4 && sizeof(EQ_FILTER_TYPE) == 4,
+              "enumerations are 32-bit");
 static_assert(std::is_same<KOL_HANDLE, void*>::value && std::is_same<ANR_HANDLE, void*>::value &&
                   std::is_same<EQ_HANDLE, void*>::value && std::is_same<AGC_HANDLE, void*>::value &&
-                  std::is_same<KOL_BF_HANDLE, void*>::value &&
-                  std::is_same<ANR_BF_HANDLE, void*>::value,
+                  std::is_same<KOL_BF_HANDLE, void*>::value && std::is_same<ANR_BF_HANDLE, void*>::value,
               "handles are untyped pointers");
 
-// Field order, types and offsets of the public records. Offsets follow from
-// the stated order with 4-byte ints and 2-byte shorts; every size is a
-// multiple of four so that records carved back to back stay aligned.
-#define FIELD(rec, field, type, offset)                                            \
-  static_assert(std::is_same<decltype(rec::field), type>::value, #rec "." #field); \
-  static_assert(offsetof(rec, field) == (offset), #rec "." #field " offset")
-
-FIELD(AudioProcessInit, point_number, unsigned int, 0);
-FIELD(AudioProcessInit, channel, unsigned int, 4);
-FIELD(AudioProcessInit, sample_rate, ZEB_KOL_SAMPLE_RATE, 8);
-static_assert(sizeof(AudioProcessInit) == 12, "AudioProcessInit size");
-
-FIELD(AudioKolBufferConfig, anr_enable, unsigned int, 0);
-FIELD(AudioKolBufferConfig, eq_enable, unsigned int, 4);
-FIELD(AudioKolBufferConfig, dr_enable, unsigned int, 8);
-FIELD(AudioKolBufferConfig, vad_enable, unsigned int, 12);
-FIELD(AudioKolBufferConfig, agc_enable, unsigned int, 16);
-static_assert(sizeof(AudioKolBufferConfig) == 20, "AudioKolBufferConfig size");
-
-FIELD(CngStruct, energy_dbfs, int, 0);
-FIELD(CngStruct, point_number, short, 4);
-FIELD(CngStruct, channel_num, int, 8);
-static_assert(sizeof(CngStruct) == 12, "CngStruct size");
-
-FIELD(AudioVadConfig, vad_enable, unsigned int, 0);
-FIELD(AudioVadConfig, user_mode, unsigned int, 4);
-FIELD(AudioVadConfig, vad_threshold, int, 8);
-FIELD(AudioDereverbConfig, dereverb_enable, unsigned int, 0);
-static_assert(sizeof(AudioDereverbConfig) == 4, "AudioDereverbConfig size");
-
-FIELD(AudioAnrInit, point_number, unsigned int, 0);
-FIELD(AudioAnrInit, channel, unsigned int, 4);
-FIELD(AudioAnrInit, sample_rate, ZEB_ANR_SAMPLE_RATE, 8);
-
-FIELD(AudioAnrConfig, anr_enable, unsigned int, 0);
-FIELD(AudioAnrConfig, user_mode, unsigned int, 4);
-FIELD(AudioAnrConfig, anr_intensity_band, int[6], 8);
-FIELD(AudioAnrConfig, anr_intensity, int[7], 32);
-FIELD(AudioAnrConfig, anr_smooth_level, unsigned int, 60);
-FIELD(AudioAnrConfig, anr_converge_speed, NR_CONVERGE_SPEED, 64);
-FIELD(AudioAnrConfig, anr_filter_mode, int, 68);
-static_assert(sizeof(AudioAnrConfig) == 72, "AudioAnrConfig size");
-
-FIELD(AudioEqInit, point_number, unsigned int, 0);
-FIELD(AudioEqInit, channel, unsigned int, 4);
-FIELD(AudioEqInit, sample_rate, ZEB_EQ_SAMPLE_RATE, 8);
-
-FIELD(AudioEqConfig, eq_enable, unsigned int, 0);
-FIELD(AudioEqConfig, user_mode, unsigned int, 4);
-FIELD(AudioEqConfig, eq_gain_db, short[129], 8);
-static_assert(sizeof(AudioEqConfig) == 268, "AudioEqConfig size: 266 bytes padded to 268");
-
-FIELD(AudioHpfConfig, hpf_enable, unsigned int, 0);
-FIELD(AudioHpfConfig, user_mode, unsigned int, 4);
-FIELD(AudioHpfConfig, cutoff_frequency, ZEB_HPF_FREQ, 8);
-static_assert(sizeof(AudioHpfConfig) == 12, "AudioHpfConfig size");
-
-FIELD(AudioFilterConfig, type, EQ_FILTER_TYPE, 0);
-FIELD(AudioFilterConfig, f0, int, 4);
-FIELD(AudioFilterConfig, q_factor, int, 8);
-FIELD(AudioFilterConfig, gain, int, 12);
-static_assert(sizeof(AudioFilterConfig) == 16, "AudioFilterConfig size");
-
-FIELD(AudioAgcInit, point_number, unsigned int, 0);
-FIELD(AudioAgcInit, channel, unsigned int, 4);
-FIELD(AudioAgcInit, sample_rate, ZEB_AGC_SAMPLE_RATE, 8);
-
-FIELD(AgcGainInfo, gain_max, int, 0);
-FIELD(AgcGainInfo, gain_min, int, 4);
-FIELD(AgcGainInfo, gain_init, int, 8);
-
-FIELD(AudioAgcConfig, agc_enable, unsigned int, 0);
-FIELD(AudioAgcConfig, user_mode, unsigned int, 4);
-FIELD(AudioAgcConfig, gain_info, AgcGainInfo, 8);
-FIELD(AudioAgcConfig, drop_gain_max, unsigned int, 20);
-FIELD(AudioAgcConfig, attack_time, unsigned int, 24);
-FIELD(AudioAgcConfig, release_time, unsigned int, 28);
-FIELD(AudioAgcConfig, compression_ratio_input, short[7], 32);
-FIELD(AudioAgcConfig, compression_ratio_output, short[7], 46);
-FIELD(AudioAgcConfig, drop_gain_threshold, int, 60);
-FIELD(AudioAgcConfig, noise_gate_db, int, 64);
-FIELD(AudioAgcConfig, noise_gate_attenuation_db, unsigned int, 68);
-FIELD(AudioAgcConfig, gain_step, unsigned int, 72);
-static_assert(sizeof(AudioAgcConfig) == 76, "AudioAgcConfig size");
-#undef FIELD
+// The sizes that the callers' records and the stages' copies of them share;
+// every one a multiple of four so that records carved back to back stay
+// aligned. The offsets are those a field of another width would move.
+static_assert(sizeof(AudioProcessInit) == 12 && sizeof(AudioAnrInit) == 12 && sizeof(AudioEqInit) == 12 &&
+                  sizeof(AudioAgcInit) == 12,
+              "init records");
+static_assert(sizeof(AudioKolBufferConfig) == 20 && sizeof(CngStruct) == 12 && sizeof(AudioDereverbConfig) == 4,
+              "chain records");
+static_assert(sizeof(AudioAnrConfig) == 72 && offsetof(AudioAnrConfig, anr_smooth_level) == 60,
+              "AudioAnrConfig");
+static_assert(sizeof(AudioEqConfig) == 268 && offsetof(AudioEqConfig, eq_gain_db) == 8, "266 bytes padded");
+static_assert(sizeof(AudioHpfConfig) == 12 && sizeof(AudioFilterConfig) == 16, "filter records");
+static_assert(sizeof(AgcGainInfo) == 12 && sizeof(AudioAgcConfig) == 76 &&
+                  offsetof(AudioAgcConfig, compression_ratio_output) == 46 &&
+                  offsetof(AudioAgcConfig, drop_gain_threshold) == 60,
+              "AudioAgcConfig");
+static_assert(offsetof(CngStruct, channel_num) == 8, "the short point_number is padded");
 
 // Every handle-taking entry point refuses a NULL handle with a non-zero
 // code and without touching its other (also NULL) arguments.
