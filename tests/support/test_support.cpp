@@ -58,6 +58,22 @@ TempFile::~TempFile() {
   }
 }
 
+const char* const kNoLevelFile = "/nonexistent/zebaudio-test-level.json";
+
+ScopedLevel::ScopedLevel(int level)
+    : file_("{\"debug_level\": " + std::to_string(level) + "}"), env_("DML_PATH", file_.path().c_str()) {}
+
+double Rms(const std::vector<short>& x, size_t fromFrame, size_t toFrame, unsigned channels, unsigned channel) {
+  double e = 0.0;
+  size_t n = 0;
+  for (size_t i = fromFrame * channels + channel; i < toFrame * channels && i < x.size(); i += channels, ++n) {
+    e += double(x[i]) * x[i];
+  }
+  return std::sqrt(e / (n > 0 ? n : 1));
+}
+
+double Db(double ratio) { return 20.0 * std::log10(ratio); }
+
 uint32_t TestSeed() {
   uint32_t seed;
   const char* env = getenv("ZEB_TEST_SEED");
