@@ -12,10 +12,8 @@ cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=Release -DZEBAUDIO_BUILD_TESTS=O
 cmake --build "$build" -j"$(nproc)" --target zebaudio_cli
 out="$root/out/demo"
 mkdir -p "$out"
-# --allow-missing-stages: a stage that this build of the library does not
-# provide yet is switched off with a warning instead of failing the demo.
 "$build/tools/zebaudio" process "$root/samples/speech_noisy_16k.wav" "$out/speech_processed_16k.wav" \
-  --nr 0 --hpf 120 --agc time --allow-missing-stages --spectrogram "$out/spectrogram.png"
+  --nr 0 --hpf 120 --agc time --agc-gate -40 --spectrogram "$out/spectrogram.png"
 echo
 echo "Input:       $root/samples/speech_noisy_16k.wav"
 echo "Output:      $out/speech_processed_16k.wav"

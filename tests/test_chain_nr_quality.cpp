@@ -191,17 +191,24 @@ void CheckRate(int rateHz, Noise kind, const Bounds& b, bool highPass = false) {
   const std::vector<float> speech16k = ReadSpeech16k();
   ASSERT_FALSE(speech16k.empty()) << "bundled speech sample missing";
   std::vector<float> clean = Resample(speech16k, 16000, rateHz);
-  // A second of silence before the speech gives the tracker its start.
-  clean.insert(clean.begin(), static_cast<size_t>(rateHz), 0.0f);
   std::mt19937 rng(1234u + static_cast<unsigned>(kind));
   std::vector<float> noise = MakeNoise(kind, clean.size(), rateHz, rng);
+  // The SNR is that of active speech: signal power over the 10 ms frames
+  // within 30 dB of the loudest, against the noise power of the whole file.
   const double snrDb = 5.0;
-  double es = 0, en = 0;
-  for (size_t i = 0; i < clean.size(); ++i) {
-    es += static_cast<double>(clean[i]) * clean[i];
-    en += static_cast<double>(noise[i]) * noise[i];
+  const size_t seg = static_cast<size_t>(rateHz / 100);
+  double peak = 0;
+  for (size_t s = 0; s + seg <= clean.size(); s += seg) peak = std::max(peak, Energy(clean, s, s + seg));
+  double es = 0, en = Energy(noise, 0, noise.size()) / noise.size();
+  size_t active = 0;
+  for (size_t s = 0; s + seg <= clean.size(); s += seg) {
+    const double e = Energy(clean, s, s + seg);
+    if (e > peak * 1e-3) {
+      es += e;
+      active += seg;
+    }
   }
-  // Speech is about half of the file: set the SNR over the whole file.
+  es /= static_cast<double>(active);
   const float g = static_cast<float>(std::sqrt(es / en / std::pow(10.0, snrDb / 10)));
   std::vector<float> mix(clean.size());
   for (size_t i = 0; i < mix.size(); ++i) mix[i] = clean[i] + g * noise[i];

@@ -12,7 +12,9 @@ trap 'rm -rf "$tmp"' EXIT
 text="Please call the office before noon tomorrow, and bring the blue folder."
 espeak-ng -v en-us -s 150 -a 120 -w "$tmp/voice.wav" "$text"
 # 16 kHz, mono, 16-bit, peak at -3 dBFS.
-sox "$tmp/voice.wav" -r 16000 -c 1 -b 16 "$out/speech_clean_16k.wav" norm -3
+# A second of silence before the speech lets a noise reducer learn the noise
+# first, as it would on a live microphone.
+sox "$tmp/voice.wav" -r 16000 -c 1 -b 16 "$out/speech_clean_16k.wav" norm -3 pad 1 0.5
 len=$(soxi -D "$out/speech_clean_16k.wav")
 # Deterministic white noise (fixed seed) scaled to 5 dB below the speech RMS.
 rms_of() { sox "$1" -n stat 2>&1 | awk '/^RMS +amplitude/ {print $3}'; }

@@ -105,8 +105,9 @@ const RecordSpec kRecords[] = {
 // Library defaults of the time-domain gain control (its user_mode 0 set).
 constexpr short kAgcCurveInputDb[ZEB_AGC_CURVE_POINTS] = {-50, -30, -20, -10, -3, -3, -3};
 constexpr short kAgcCurveOutputDb[ZEB_AGC_CURVE_POINTS] = {-30, -20, -15, -5, -5, -3, -3};
-// Band edges in bins of the 256-point spectrum: octaves up to the top.
-constexpr int kAnrBandEdgesBins[6] = {4, 8, 16, 32, 64, 96};
+// Band edges in bins of the 256-point spectrum: the reducer's own built-in
+// bands, which it uses until a configuration arrives.
+constexpr int kAnrBandEdgesBins[6] = {3, 24, 40, 64, 80, 128};
 constexpr int kAnrDefaultIntensity = 20;
 constexpr unsigned kAnrDefaultSmoothLevel = 10;
 
