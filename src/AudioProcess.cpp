@@ -813,7 +813,7 @@ ALGO_KOL_RET _ZebKol_Config(KOL_HANDLE handle, AudioAnrConfig* anr_config, Audio
   // Only the neural mode can lower the latency; without noise-reduction
   // settings in this call the normal frequency-stage path holds.
   h->reduce_latency_flag = 0;
-  ALGO_MSG(lv, "[%s]kol_handle->reduce_latency_flag:%d\t\n", "KOL", h->reduce_latency_flag);
+  ALGO_MSG(lv, "kol_handle->reduce_latency_flag:%d\t\n", h->reduce_latency_flag);
   h->is_kol_config_status = 1;
   return ALGO_KOL_RET_SUCCESS;
 }

@@ -248,7 +248,7 @@ TEST_F(ChainLifecycle, ConfigWarnsForStagesWithoutMemoryAndStoresTheRest) {
       [&] { EXPECT_EQ(ZebKol_Config(kol, &anr, &eq, &hpf, nullptr, nullptr, &agc), ALGO_KOL_RET_SUCCESS); });
   EXPECT_EQ(out, "[ALGO_MSG_WRN] [_ZebKol_Config]Warning! No allocate anr_config buffer.\t\n"
                  "[ALGO_MSG_WRN] [_ZebKol_Config]Warning! No allocate agc_config buffer.\t\n"
-                 "[ALGO_MSG_MSG] [KOL]kol_handle->reduce_latency_flag:0\t\n");
+                 "[ALGO_MSG_MSG] kol_handle->reduce_latency_flag:0\t\n");
   auto* h = reinterpret_cast<AudioKolInternel*>(kol);
   EXPECT_EQ(h->eq_config.eq_gain_db[5], -3);
   EXPECT_EQ(h->is_kol_config_status, 1);
