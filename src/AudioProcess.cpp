@@ -6,112 +6,33 @@
 #include <string.h>
 
 #include "AudioProcessWrapper.h"
-#include "AudioSRCProcess.h"
 #include "ComfortNoise.h"
 #include "DynamicRangeProcessing.h"
 #include "agc.h"
 #include "debug_msglevel.h"
 #include "eq_filter.h"
-#include "kiss_fft.h"
-#include "ne10_math.h"
-#include "nr_NN.h"
+#include "frame_stage.h"
 #include "nr_core.h"
-#include "rnn.h"
-#include "windowfilt.h"
+#include "nr_work_buffer.h"
+#include "work_buffer.h"
 
 namespace {
 
 constexpr int kFrameLenSamples = KOL_FRAME_LEN_SAMPLES;
 constexpr int kFftLenSamples = KOL_FFT_LEN_SAMPLES;
 constexpr int kSpectrumFloats = KOL_SPECTRUM_FLOATS;
-constexpr int kNnFftLenSamples = 320;  // the neural denoiser's own transform
 constexpr unsigned short kApiVersionMajor = 2;
 constexpr unsigned short kApiVersionMinor = 3;
 constexpr int kMaxHandleId = 100;  // dump file numbers run 0..100
 
-// Every record's size is a multiple of four bytes, which is all the 32-bit
-// target needs. On a 64-bit build the records holding pointers need eight, so
-// each block is rounded up to pointer size; on the target this adds nothing.
-constexpr size_t kBlockAlignBytes = sizeof(void*);
-
-constexpr size_t RoundToBlock(size_t bytes) {
-  return (bytes + kBlockAlignBytes - 1) / kBlockAlignBytes * kBlockAlignBytes;
-}
-
-// Walks the working-buffer layout. With a NULL base it only counts bytes, so
-// that the size and the carve come from one description of the layout.
-class Carver {
- public:
-  explicit Carver(char* base) : base_(base), offset_(0) {}
-  template <typename T>
-  T* Take(size_t bytes) {
-    T* at = base_ != NULL ? reinterpret_cast<T*>(base_ + offset_) : NULL;
-    offset_ += RoundToBlock(bytes);
-    return at;
-  }
-  template <typename T>
-  T* Take() {
-    return Take<T>(sizeof(T));
-  }
-  size_t size() const { return offset_; }
-
- private:
-  char* base_;
-  size_t offset_;
-};
+static_assert(KOL_MAX_CHANNELS == NR_WORK_BUFFER_CHANNELS, "the chain carves both noise reducers");
+static_assert(kFftLenSamples == FRAME_STAGE_FFT_LEN_SAMPLES, "the shared frame steps run 256 points");
 
 void WalkNoiseReductionBlock(Carver& c, AudioKolInternel* h) {
   NSinst_t* nr[KOL_MAX_CHANNELS];
-  for (int ch = 0; ch < KOL_MAX_CHANNELS; ++ch) nr[ch] = c.Take<NSinst_t>();
-  const bool set = h != NULL;
-  if (set) {
+  NR_CarveInstances(c, nr);
+  if (h != NULL) {
     for (int ch = 0; ch < KOL_MAX_CHANNELS; ++ch) h->nr_inst[ch] = nr[ch];
-  }
-  // Each companion record, channel 1 then channel 2.
-  for (int ch = 0; ch < KOL_MAX_CHANNELS; ++ch) {
-    NSWorkingBuf_t* p = c.Take<NSWorkingBuf_t>();
-    if (set) nr[ch]->NRInternalWorkBuf = p;
-  }
-  for (int ch = 0; ch < KOL_MAX_CHANNELS; ++ch) {
-    NSCJsoninst_t* p = c.Take<NSCJsoninst_t>();
-    if (set) nr[ch]->InternalParams = p;
-  }
-  for (int ch = 0; ch < KOL_MAX_CHANNELS; ++ch) {
-    DenoiseState* p = c.Take<DenoiseState>();
-    if (set) nr[ch]->NNStateWorkBuf = p;
-  }
-  for (int ch = 0; ch < KOL_MAX_CHANNELS; ++ch) {
-    NNLayerState* p = c.Take<NNLayerState>();
-    if (set) nr[ch]->nnlayer_buf = p;
-  }
-  for (int ch = 0; ch < KOL_MAX_CHANNELS; ++ch) {
-    GRUState* p = c.Take<GRUState>();
-    if (set) nr[ch]->gru_state_buff = p;
-  }
-  for (int ch = 0; ch < KOL_MAX_CHANNELS; ++ch) {
-    CommonState* p = c.Take<CommonState>();
-    if (set) nr[ch]->common = p;
-  }
-  for (int ch = 0; ch < KOL_MAX_CHANNELS; ++ch) {
-    kiss_fft_state* p = c.Take<kiss_fft_state>();
-    if (set) nr[ch]->common->kfft = p;
-  }
-  for (int ch = 0; ch < KOL_MAX_CHANNELS; ++ch) {
-    kiss_twiddle_cpx* p = c.Take<kiss_twiddle_cpx>(sizeof(kiss_twiddle_cpx) * kNnFftLenSamples);
-    if (set) nr[ch]->common->kfft->twiddles = p;
-  }
-  for (int ch = 0; ch < KOL_MAX_CHANNELS; ++ch) {
-    short* p = c.Take<short>(sizeof(short) * kNnFftLenSamples);
-    if (set) nr[ch]->common->kfft->bitrev = p;
-  }
-  const size_t srcBytes = ZebSrc_GetBufferSize((SrcConversionMode)0);
-  for (int ch = 0; ch < KOL_MAX_CHANNELS; ++ch) {
-    char* p = c.Take<char>(srcBytes);
-    if (set) nr[ch]->SRCInputWorkBuf_ptr = p;
-  }
-  for (int ch = 0; ch < KOL_MAX_CHANNELS; ++ch) {
-    char* p = c.Take<char>(srcBytes);
-    if (set) nr[ch]->SRCOutputWorkBuf_ptr = p;
   }
 }
 
@@ -160,14 +81,6 @@ size_t WalkLayout(char* base, const AudioKolBufferConfig* kol_switch, AudioKolIn
   return c.size();
 }
 
-void PrintNeonBanner(int lv) {
-  ALGO_MSG(lv, "|--------------------------------------------------------------------------------|\n");
-  ALGO_MSG(lv, "|                                                                                |\n");
-  ALGO_MSG(lv, "|                                   NEON ENABLE                                  |\n");
-  ALGO_MSG(lv, "|                                                                                |\n");
-  ALGO_MSG(lv, "|--------------------------------------------------------------------------------|\n");
-}
-
 void ClearFrameHistories(AudioKolInternel* h) {
   memset(h->pssAudioIn, 0, sizeof(h->pssAudioIn));
   memset(h->mic_buf_ori, 0, sizeof(h->mic_buf_ori));
@@ -185,7 +98,6 @@ void ClearFrameHistories(AudioKolInternel* h) {
   memset(h->src_out_tmp, 0, sizeof(h->src_out_tmp));
   memset(h->nr_audio_out_tmp, 0, sizeof(h->nr_audio_out_tmp));
   memset(h->nr_eq_audio_out_tmp, 0, sizeof(h->nr_eq_audio_out_tmp));
-  h->FFT_workingBuff.fftSize = kFftLenSamples;
   memset(h->ifft_out_half_prev_2ch, 0, sizeof(h->ifft_out_half_prev_2ch));
   memset(h->fft_win_buf_2ch, 0, sizeof(h->fft_win_buf_2ch));
 }
@@ -271,12 +183,8 @@ int InitGainControl(AudioKolInternel* h, const AudioProcessInit& init, int lv) {
 
 // Step A for one channel: slide the new frame into the two-frame history.
 void LoadChannel(AudioKolInternel* h, short* pss_audio_in, int m) {
-  postInfo_t* post = h->postInfo;
-  post->length = kFftLenSamples;
-  post->channel_number = h->kol_init.channel;
-  post->bias = (int)h->kol_init.point_number;
-  post->flag = 0;
-  LoadStreams(h->pssAudioIn[m], pss_audio_in, m, post);
+  FrameStage_LoadHistory(h->postInfo, h->pssAudioIn[m], pss_audio_in, m, h->kol_init.channel, kFftLenSamples,
+                         (int)h->kol_init.point_number);
 }
 
 // Step B: the time-domain high-pass FIR on the newest frame of the history.
@@ -290,8 +198,7 @@ int TimeDomainHighPass(AudioKolInternel* h, int m) {
 void PrepareSpectrumInput(AudioKolInternel* h, int m) {
   memcpy(h->pssAudioOut[m], h->pssAudioIn[m], sizeof(h->pssAudioOut[m]));
   const short* src = IsNoiseReductionOn(h) ? h->pssAudioOut[m] : h->pssAudioIn[m];
-  float* win = h->fft_win_buf_2ch[m];
-  for (int i = 0; i < kFftLenSamples; ++i) win[i] = (float)src[i];
+  FrameStage_ToFloat(src, h->fft_win_buf_2ch[m], kFftLenSamples);
 }
 
 // Filter mode 0 hands back its spectrum in pairs of bins and so writes 130
@@ -317,8 +224,7 @@ void SpillModeZeroExtraBin(AudioKolInternel* h, int m) {
 ALGO_KOL_RET FrequencyStage(AudioKolInternel* h, short* pss_audio_in, int m) {
   float* win = h->fft_win_buf_2ch[m];
   const int pn = (int)h->kol_init.point_number;
-  WindowFFT_Process(win, 0);
-  ORB_rdft(&h->FFT_workingBuff, kFftLenSamples, ORB_FFT_MODE_DO_FFT, win, h->fbf_ip, h->fbf_wfft);
+  FrameStage_Forward(&h->FFT_workingBuff, win, h->fbf_ip, h->fbf_wfft);
   if (IsNoiseReductionOn(h)) {
     NSinst_t* inst = h->nr_inst[m];
     if (inst->filter_mode >= 0 && inst->filter_mode <= 4) {
@@ -346,16 +252,9 @@ ALGO_KOL_RET FrequencyStage(AudioKolInternel* h, short* pss_audio_in, int m) {
       return AGC_ConvertReturnValue(r);
     }
   }
-  ORB_rdft(&h->FFT_workingBuff, kFftLenSamples, ORB_FFT_MODE_DO_IFFT, win, h->fbf_ip, h->fbf_wfft);
-  WindowFFT_Process(win, 1);
-
-  postInfo_t* post = h->postInfo;
-  post->length = kFftLenSamples - pn;
-  post->channel_number = h->kol_init.channel;
-  post->bias = m;
-  post->flag = 0;
-  Post_OLA_Process(win, h->ifft_out_half_prev_2ch[m], pss_audio_in, post);
-  for (int k = 0; k < kFftLenSamples - pn; ++k) h->ifft_out_half_prev_2ch[m][k] = win[pn + k];
+  FrameStage_Inverse(&h->FFT_workingBuff, win, h->fbf_ip, h->fbf_wfft);
+  FrameStage_OverlapAdd(h->postInfo, win, h->ifft_out_half_prev_2ch[m], pss_audio_in, h->kol_init.channel, m,
+                        kFftLenSamples, pn);
   return ALGO_KOL_RET_SUCCESS;
 }
 
@@ -365,16 +264,8 @@ void RebuildTapFrame(AudioKolInternel* h, float (*spectrum)[KOL_SPECTRUM_TAP_FLO
                      float (*tail)[KOL_OVERLAP_TAIL_FLOATS], short* out) {
   const int pn = (int)h->kol_init.point_number;
   for (int m = 0; m < (int)h->kol_init.channel; ++m) {
-    float* spec = spectrum[m];
-    ORB_rdft(&h->FFT_workingBuff, kFftLenSamples, ORB_FFT_MODE_DO_IFFT, spec, h->fbf_ip, h->fbf_wfft);
-    WindowFFT_Process(spec, 1);
-    postInfo_t* post = h->postInfo;
-    post->length = kFftLenSamples - pn;
-    post->channel_number = h->kol_init.channel;
-    post->bias = m;
-    post->flag = 0;
-    Post_OLA_Process(spec, tail[m], out, post);
-    for (int k = 0; k < kFftLenSamples - pn; ++k) tail[m][k] = spec[pn + k];
+    FrameStage_Inverse(&h->FFT_workingBuff, spectrum[m], h->fbf_ip, h->fbf_wfft);
+    FrameStage_OverlapAdd(h->postInfo, spectrum[m], tail[m], out, h->kol_init.channel, m, kFftLenSamples, pn);
   }
 }
 
@@ -382,16 +273,11 @@ void RebuildTapFrame(AudioKolInternel* h, float (*spectrum)[KOL_SPECTRUM_TAP_FLO
 // windowed spectrum there for the instance's next frame.
 void LoadAecReference(AudioKolInternel* h, short* aec_in, int m) {
   NSinst_t* inst = h->nr_inst[m];
-  postInfo_t* post = h->postInfo;
-  post->length = kFftLenSamples;
-  post->channel_number = h->kol_init.channel;
-  post->bias = (int)h->kol_init.point_number;
-  post->flag = 0;
   inst->aec_enable_flag = 1;
-  LoadStreams(inst->pssAecIn, aec_in, m, post);
-  for (int i = 0; i < kFftLenSamples; ++i) inst->fft_aec_buf_2ch[i] = (float)inst->pssAecIn[i];
-  WindowFFT_Process(inst->fft_aec_buf_2ch, 0);
-  ORB_rdft(&h->FFT_workingBuff, kFftLenSamples, ORB_FFT_MODE_DO_FFT, inst->fft_aec_buf_2ch, h->fbf_ip, h->fbf_wfft);
+  FrameStage_LoadHistory(h->postInfo, inst->pssAecIn, aec_in, m, h->kol_init.channel, kFftLenSamples,
+                         (int)h->kol_init.point_number);
+  FrameStage_ToFloat(inst->pssAecIn, inst->fft_aec_buf_2ch, kFftLenSamples);
+  FrameStage_Forward(&h->FFT_workingBuff, inst->fft_aec_buf_2ch, h->fbf_ip, h->fbf_wfft);
 }
 
 ALGO_KOL_RET ConfigEqualiser(AudioKolInternel* h) {
@@ -481,35 +367,12 @@ void TimeDomainAgc(AudioKolInternel* h, short* pss_audio_in) {
   } else if (Counter16Add(&h->frame_cnt, h->kol_init.point_number)) {
     ALGO_WRN(lv, "[%s]Warning! frame_cnt is reset.\t\n", "_ZebKol_Run");
   }
-  postInfo_t* post = h->postInfo;
   for (int m = 0; m < ch; ++m) {
-    AGCinst_t* agc = h->agc_inst[m];
     if (IsNoiseReductionOn(h) && h->nr_inst[m]->sum_filter > 0.0f && (double)h->nr_inst[m]->sum_filter < 0.4) {
       h->start_flag = 1;
     }
-    const int blockLen = agc->frame_length;
-    const int bufLen = agc->buffer_size;
-    float* buf = h->agc_win_buf_2ch[m];
-    for (int i = 0; i < agc->time_factor; ++i) {
-      post->length = bufLen;
-      post->channel_number = (unsigned int)ch;
-      post->bias = blockLen;
-      post->flag = 0;
-      LoadStreams(h->pssAudioIn_agc[m], pss_audio_in + ch * blockLen * i, m, post);
-      const float gainHalfDb = AGC_Process(agc, &h->pssAudioIn_agc[m][blockLen]);
-      for (int k = 0; k < bufLen; ++k) buf[k] = (float)h->pssAudioIn_agc[m][k];
-      WindowFilter_Process(buf, agc->FftInWindow_agc, blockLen, 1.0f);
-      if (h->start_flag) {
-        ne10_LX_Mul_Element_To_Array(buf, DecibelToValueHalf(gainHalfDb), (unsigned int)bufLen);
-      }
-      WindowFilter_Process(buf, agc->FftOutWindow_agc, blockLen, 0.0f);
-      post->length = bufLen - blockLen;
-      post->channel_number = (unsigned int)ch;
-      post->bias = ch * blockLen * i + m;
-      post->flag = 0;
-      Post_OLA_Process(buf, h->agc_out_half_prev_2ch[m], pss_audio_in, post);
-      for (int k = 0; k < bufLen - blockLen; ++k) h->agc_out_half_prev_2ch[m][k] = buf[blockLen + k];
-    }
+    AGC_ProcessFrameBlocks(h->agc_inst[m], h->postInfo, h->pssAudioIn_agc[m], h->agc_win_buf_2ch[m],
+                           h->agc_out_half_prev_2ch[m], pss_audio_in, (unsigned int)ch, m, h->start_flag);
   }
 }
 
@@ -687,9 +550,7 @@ KOL_HANDLE _ZebKol_Init(const char* working_buffer_address, AudioProcessInit* au
   h->gain_dB = -150.0f;  // "never set"
   h->gain = 0.0f;
   ClearFrameHistories(h);
-  ne10_init();
-  fft_init(&h->FFT_workingBuff);
-  PrintNeonBanner(lv);
+  FrameStage_InitTransform(&h->FFT_workingBuff, lv);
 
   int stageResult = 0;
   if (sw.anr_enable) {

@@ -22,6 +22,11 @@ int ComfortNoise_Init(cng_t* handle, int length);
 void ComfortNoise_Process(float* input, const float* noisePow, const float* lambda, int length,
                           float NOISE_MIN_PWR, int NOISE_MUL_LEFT_SHIFT);
 
+// The families' comfort-noise level: every bin of left's power floor gets
+// the power of dB on the spectrum's scale, and in stereo right gets a copy.
+// A NULL left (a buffer that never went through Init) is left alone.
+void CNG_SetFloorDb(cng_t* left, cng_t* right, unsigned int channels, int dB);
+
 float generate_random_noise(float min, float max);
 float dbfs_to_amplitude(float dbfs);
 void normalize_energy_dbfs(float* samples, unsigned int num_samples, float target_energy_dbfs);

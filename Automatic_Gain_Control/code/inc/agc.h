@@ -5,6 +5,7 @@
 #define ZEB_AGC_AGC_H
 
 #include "algo_stage_ret.h"
+#include "pre_post_tool.h"
 #include "zebaudio/zeb_agc.h"  // AGC_Process is exported under its own name
 
 #ifdef __cplusplus
@@ -175,6 +176,15 @@ int AGC_SaturationDetect(AGCinst_t* inst, short int* TmpData, short int* inOutFr
 int AGC_SetTargetLevelByCompressionRation(AGCinst_t* inst);
 float GetValueFromdB(float dB);
 float GetdbFromValue(int value);
+
+// ---- Over a whole frame ----
+// Runs the core over channel ch of an interleaved frame, one core frame of
+// frame_length new samples at a time: the samples slide into history, the
+// core measures them, and the windowed buffer_size block, scaled by the
+// core's gain once startFlag is set, is overlap-added back into the frame
+// with tail, which then keeps the block's second half.
+void AGC_ProcessFrameBlocks(AGCinst_t* inst, postInfo_t* post, short* history, float* buf, float* tail,
+                            short* frame, unsigned int channels, int ch, int startFlag);
 
 // ---- Records of the public API as the cores see them ----
 void AGC_CopyInitRecord(_AudioAgcInit* dst, const AudioAgcInit* src);

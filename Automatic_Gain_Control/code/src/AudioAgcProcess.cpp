@@ -5,13 +5,12 @@
 // internal _ZebAgc_* counterpart; Reset runs the Init body.
 #include "AudioAgcProcess.h"
 
-#include <math.h>
 #include <stdint.h>
 #include <string.h>
 
 #include "debug_msglevel.h"
-#include "ne10_math.h"
-#include "windowfilt.h"
+#include "frame_stage.h"
+#include "work_buffer.h"
 
 namespace {
 
@@ -21,40 +20,8 @@ constexpr unsigned int kAltFrameLenSamples32 = 32;
 constexpr int kFftLenSamples = 256;
 constexpr int kCurvePointsMax = AGC_CURVE_POINTS_MAX;
 constexpr int kHandleIdMax = 100;
-constexpr int kCngBins = CNG_BINS;
-// Comfort-noise floor: power of a level in dB, offset to the spectrum's scale.
-constexpr double kCngLevelOffsetDb = 24.21;
 
-// Every record's size is a multiple of four bytes, which is all the 32-bit
-// target needs. On a 64-bit build the records holding pointers need eight, so
-// each block is rounded up to pointer size; on the target this adds nothing.
-constexpr size_t kBlockAlignBytes = sizeof(void*);
-
-constexpr size_t RoundToBlock(size_t bytes) {
-  return (bytes + kBlockAlignBytes - 1) / kBlockAlignBytes * kBlockAlignBytes;
-}
-
-// Walks the working-buffer layout. With a NULL base it only counts bytes, so
-// that the size and the carve come from one description of the layout.
-class Carver {
- public:
-  explicit Carver(char* base) : base_(base), offset_(0) {}
-  template <typename T>
-  T* Take(size_t bytes) {
-    T* at = base_ != NULL ? reinterpret_cast<T*>(base_ + offset_) : NULL;
-    offset_ += RoundToBlock(bytes);
-    return at;
-  }
-  template <typename T>
-  T* Take() {
-    return Take<T>(sizeof(T));
-  }
-  size_t size() const { return offset_; }
-
- private:
-  char* base_;
-  size_t offset_;
-};
+static_assert(kFftLenSamples == FRAME_STAGE_FFT_LEN_SAMPLES, "the shared frame steps run 256 points");
 
 // The record, both cores, both frequency processors, the parameter block,
 // three transform states and the comfort noise, in this order.
@@ -118,14 +85,6 @@ int Level(const AudioAgcInternel* h) {
   return h->agc_inst[0] != NULL ? h->agc_inst[0]->dbg_level : ALGO_MSG_LEVEL_DEFAULT;
 }
 
-void PrintNeonBanner(int lv) {
-  ALGO_MSG(lv, "|--------------------------------------------------------------------------------|\n");
-  ALGO_MSG(lv, "|                                                                                |\n");
-  ALGO_MSG(lv, "|                                   NEON ENABLE                                  |\n");
-  ALGO_MSG(lv, "|                                                                                |\n");
-  ALGO_MSG(lv, "|--------------------------------------------------------------------------------|\n");
-}
-
 // Raw-audio dumps are not carried by this build: nothing to open or close.
 int DebugDumpDataInit(AudioAgcInternel* /*h*/) { return 0; }
 void DebugDumpDataFree(AudioAgcInternel* /*h*/) {}
@@ -135,55 +94,26 @@ void DumpFrame(FILE* file, const short* frame, size_t samples) {
 
 int ChannelCount(const AudioAgcInternel* h) { return h->channel == 2 ? 2 : 1; }
 
-void SetPost(postInfo_t* post, int length, unsigned int channels, int bias) {
-  post->length = length;
-  post->channel_number = channels;
-  post->bias = bias;
-  post->flag = 0;
-}
-
 // Mode 2, one channel: window, transform, band gains, inverse, window and
 // overlap-add into the caller's frame, then keep the new tail.
 void RunFrequencyChannel(AudioAgcInternel* h, short* pss_audio_in, int c) {
   const int pn = (int)h->point_number;
   postInfo_t* post = h->postInfo;
-  SetPost(post, kFftLenSamples, h->channel, pn);
-  LoadStreams(h->pssAudioIn[c], pss_audio_in, c, post);
+  FrameStage_LoadHistory(post, h->pssAudioIn[c], pss_audio_in, c, h->channel, kFftLenSamples, pn);
   float* buf = h->fft_win_buf_2ch[c];
-  for (int k = 0; k < kFftLenSamples; ++k) buf[k] = (float)h->pssAudioIn[c][k];
-  WindowFFT_Process(buf, 0);
-  ORB_rdft(&h->FFT_workingBuff, kFftLenSamples, ORB_FFT_MODE_DO_FFT, buf, h->fbf_ip, h->fbf_wfft);
+  FrameStage_ToFloat(h->pssAudioIn[c], buf, kFftLenSamples);
+  FrameStage_Forward(&h->FFT_workingBuff, buf, h->fbf_ip, h->fbf_wfft);
   // The processor measures the raw 256 samples and changes the spectrum.
   freqDomainAgcProcess(h->freq_agc_inst[c], h->pssAudioIn[c], buf);
-  ORB_rdft(&h->FFT_workingBuff, kFftLenSamples, ORB_FFT_MODE_DO_IFFT, buf, h->fbf_ip, h->fbf_wfft);
-  WindowFFT_Process(buf, 1);
-  SetPost(post, kFftLenSamples - pn, h->channel, c);
-  Post_OLA_Process(buf, h->ifft_out_half_prev_2ch[c], pss_audio_in, post);
-  for (int k = 0; k < kFftLenSamples - pn; ++k) h->ifft_out_half_prev_2ch[c][k] = buf[pn + k];
+  FrameStage_Inverse(&h->FFT_workingBuff, buf, h->fbf_ip, h->fbf_wfft);
+  FrameStage_OverlapAdd(post, buf, h->ifft_out_half_prev_2ch[c], pss_audio_in, h->channel, c, kFftLenSamples, pn);
 }
 
 // Mode 1, one channel: per core block the gain comes from the block's newest
 // half; blocks overlap by half, so gain changes cross-fade over a block.
 void RunTimeChannel(AudioAgcInternel* h, short* pss_audio_in, int c) {
-  AGCinst_t* inst = h->agc_inst[c];
-  const int F = inst->frame_length;
-  const int B = inst->buffer_size;
-  const unsigned int ch = h->channel;
-  postInfo_t* post = h->postInfo;
-  float* buf = h->agc_win_buf_2ch[c];
-  for (int i = 0; i < inst->time_factor; ++i) {
-    SetPost(post, B, ch, F);
-    LoadStreams(h->pssAudioIn[c], pss_audio_in + ch * (unsigned int)F * (unsigned int)i, c, post);
-    const float gainHalfDb = AGC_Process(inst, &h->pssAudioIn[c][F]);
-    for (int k = 0; k < B; ++k) buf[k] = (float)h->pssAudioIn[c][k];
-    WindowFilter_Process(buf, inst->FftInWindow_agc, F, 1.0f);
-    const float gain = DecibelToValueHalf(gainHalfDb);
-    if (h->start_flag) ne10_LX_Mul_Element_To_Array(buf, gain, (unsigned int)B);
-    WindowFilter_Process(buf, inst->FftOutWindow_agc, F, 0.0f);
-    SetPost(post, B - F, ch, (int)(ch * (unsigned int)F * (unsigned int)i) + c);
-    Post_OLA_Process(buf, h->agc_out_half_prev_2ch[c], pss_audio_in, post);
-    for (int k = 0; k < B - F; ++k) h->agc_out_half_prev_2ch[c][k] = buf[F + k];
-  }
+  AGC_ProcessFrameBlocks(h->agc_inst[c], h->postInfo, h->pssAudioIn[c], h->agc_win_buf_2ch[c],
+                         h->agc_out_half_prev_2ch[c], pss_audio_in, h->channel, c, h->start_flag);
 }
 
 // The first Run after Init passes the frame at unity gain.
@@ -299,12 +229,9 @@ AGC_HANDLE _ZebAgc_Init(char* working_buffer_address, AudioAgcInit* agc_init) {
 
   memset(h->pssAudioIn, 0, sizeof(h->pssAudioIn));
   memset(h->mic_buf_ori, 0, sizeof(h->mic_buf_ori));
-  h->FFT_workingBuff.fftSize = kFftLenSamples;
   memset(h->ifft_out_half_prev_2ch, 0, sizeof(h->ifft_out_half_prev_2ch));
   memset(h->fft_win_buf_2ch, 0, sizeof(h->fft_win_buf_2ch));
-  ne10_init();
-  fft_init(&h->FFT_workingBuff);
-  PrintNeonBanner(lv);
+  FrameStage_InitTransform(&h->FFT_workingBuff, lv);
 
   // The core frame accepts 128 or 256 while the init check accepts 128, 64
   // or 32: only 128 gets through both.
@@ -563,16 +490,8 @@ ALGO_AGC_RET _ZebAgc_EnableComfortNoise(AGC_HANDLE handle, int enable, int dB) {
     return ALGO_AGC_RET_INVALID_HANDLE;
   }
   AudioAgcInternel* h = (AudioAgcInternel*)handle;
-  const float noiseValue = (float)pow(10.0, ((double)(float)dB + kCngLevelOffsetDb) / 10.0);
   h->cng_enable = enable;
-  // A buffer that never went through Init has no comfort-noise blocks yet.
-  if (h->cng_working_buffer[0] != NULL) {
-    for (int k = 0; k < kCngBins; ++k) h->cng_working_buffer[0]->dMinPow[k] = noiseValue;
-    if (h->channel == 2 && h->cng_working_buffer[1] != NULL) {
-      memcpy(h->cng_working_buffer[1]->dMinPow, h->cng_working_buffer[0]->dMinPow,
-             sizeof(h->cng_working_buffer[1]->dMinPow));
-    }
-  }
+  CNG_SetFloorDb(h->cng_working_buffer[0], h->cng_working_buffer[1], h->channel, dB);
   ALGO_PRINT_TAGGED("ALGO_MSG_MSG", "[AGC] Comfort noise enable.\t\n");
   return ALGO_AGC_RET_SUCCESS;
 }

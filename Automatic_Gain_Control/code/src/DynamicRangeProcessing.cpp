@@ -7,6 +7,7 @@
 #include <string.h>
 
 #include "debug_msglevel.h"
+#include "frame_stage.h"
 
 namespace {
 
@@ -32,14 +33,6 @@ constexpr float kSmoothPoints = 11.0f;
 constexpr int kCurveFloorDb = -120;
 // The approximate log2(10) of the half-dB conversion.
 constexpr double kLog2Of10 = 3.3219;
-
-void PrintNeonBanner(int lv) {
-  ALGO_MSG(lv, "|--------------------------------------------------------------------------------|\n");
-  ALGO_MSG(lv, "|                                                                                |\n");
-  ALGO_MSG(lv, "|                                   NEON ENABLE                                  |\n");
-  ALGO_MSG(lv, "|                                                                                |\n");
-  ALGO_MSG(lv, "|--------------------------------------------------------------------------------|\n");
-}
 
 float BinLevelDb(float power) {
   return (float)(20.0 * log10(sqrt((double)(power / kEnergyScaleA / kEnergyScaleB)) / kFullScale));
@@ -195,12 +188,9 @@ _ALGO_AGC_RET freqDomainAgcInit(FreqAgcHandle* freqHandle, _AudioAgcInit* anr_in
     h->freq_bin_band[b] = kDefaultBandEdgeBins[b];
   }
   for (int k = 0; k < FREQ_AGC_BINS; ++k) h->apply_gain[k] = 1.0f;
-  h->FFT_workingBuff.fftSize = kFftLenSamples;
   memset(h->ifft_out_half_prev_2ch, 0, sizeof(h->ifft_out_half_prev_2ch));
   memset(h->fft_win_buf_2ch, 0, sizeof(h->fft_win_buf_2ch));
-  ne10_init();
-  fft_init(&h->FFT_workingBuff);
-  PrintNeonBanner(h->dbg_level);
+  FrameStage_InitTransform(&h->FFT_workingBuff, h->dbg_level);
   return _ALGO_AGC_RET_SUCCESS;
 }
 

@@ -6,7 +6,10 @@
 #include <math.h>
 #include <string.h>
 
+#include "DynamicRangeProcessing.h"
 #include "debug_msglevel.h"
+#include "frame_stage.h"
+#include "ne10_math.h"
 #include "windowfilt.h"
 
 namespace {
@@ -572,6 +575,24 @@ void AGC_CopyUserConfigOut(AudioAgcConfig* dst, const _AudioAgcConfig* src) {
   dst->noise_gate_db = src->noise_gate_db;
   dst->noise_gate_attenuation_db = src->noise_gate_attenuation_db;
   dst->gain_step = src->gain_step;
+}
+
+void AGC_ProcessFrameBlocks(AGCinst_t* inst, postInfo_t* post, short* history, float* buf, float* tail,
+                            short* frame, unsigned int channels, int ch, int startFlag) {
+  const int blockLen = inst->frame_length;
+  const int bufLen = inst->buffer_size;
+  for (int i = 0; i < inst->time_factor; ++i) {
+    const int frameOffset = (int)channels * blockLen * i;
+    FrameStage_LoadHistory(post, history, frame + frameOffset, ch, channels, bufLen, blockLen);
+    const float gainHalfDb = AGC_Process(inst, &history[blockLen]);
+    FrameStage_ToFloat(history, buf, bufLen);
+    WindowFilter_Process(buf, inst->FftInWindow_agc, blockLen, 1.0f);
+    if (startFlag) {
+      ne10_LX_Mul_Element_To_Array(buf, DecibelToValueHalf(gainHalfDb), (unsigned int)bufLen);
+    }
+    WindowFilter_Process(buf, inst->FftOutWindow_agc, blockLen, 0.0f);
+    FrameStage_OverlapAdd(post, buf, tail, frame, channels, frameOffset + ch, bufLen, blockLen);
+  }
 }
 
 }  // extern "C"

@@ -3,14 +3,14 @@
 // counterpart; Reset keeps an entry of its own.
 #include "AudioEqProcess.h"
 
-#include <math.h>
 #include <stddef.h>
 #include <stdint.h>
 #include <string.h>
 
 #include "debug_msglevel.h"
 #include "eq_biquad.h"
-#include "windowfilt.h"
+#include "frame_stage.h"
+#include "work_buffer.h"
 
 namespace {
 
@@ -18,42 +18,29 @@ constexpr int kFrameLenSamples = EQ_FRAME_LEN_SAMPLES;
 constexpr int kFftLenSamples = EQ_FFT_LEN_SAMPLES;
 constexpr unsigned int kHpfFreqDomainMode = 1;
 constexpr unsigned int kHpfTimeDomainMode = 2;
-constexpr double kComfortNoiseOffsetDb = 24.21;
 
-// Every block is rounded up to pointer size so that the records holding
-// pointers stay aligned on 64-bit builds; on the 32-bit target every record
-// is already a multiple of four bytes and this adds nothing.
-constexpr size_t kBlockAlignBytes = sizeof(void*);
+static_assert(kFftLenSamples == FRAME_STAGE_FFT_LEN_SAMPLES, "the shared frame steps run 256 points");
 
-constexpr size_t RoundToBlock(size_t bytes) {
-  return (bytes + kBlockAlignBytes - 1) / kBlockAlignBytes * kBlockAlignBytes;
-}
-
-// Walks the working-buffer layout in its fixed order. With a NULL base it
-// only counts, so that the size and the carve share one description.
+// Walks the working-buffer layout in its fixed order; with a NULL base it
+// only counts.
 size_t WalkLayout(char* base) {
-  size_t offset = 0;
-  auto take = [&](size_t bytes) -> char* {
-    char* at = base != NULL ? base + offset : NULL;
-    offset += RoundToBlock(bytes);
-    return at;
-  };
-  AudioEqInternel* h = (AudioEqInternel*)take(sizeof(AudioEqInternel));
-  EQinst_t* eq0 = (EQinst_t*)take(sizeof(EQinst_t));
-  EQinst_t* eq1 = (EQinst_t*)take(sizeof(EQinst_t));
-  postInfo_t* post = (postInfo_t*)take(sizeof(postInfo_t));
-  cng_t* cng0 = (cng_t*)take(sizeof(cng_t));
-  cng_t* cng1 = (cng_t*)take(sizeof(cng_t));
-  char* fft = take(FFT_GetBufferSize(kFftLenSamples));
+  Carver c(base);
+  AudioEqInternel* h = c.Take<AudioEqInternel>();
+  EQinst_t* eq0 = c.Take<EQinst_t>();
+  EQinst_t* eq1 = c.Take<EQinst_t>();
+  postInfo_t* post = c.Take<postInfo_t>();
+  cng_t* cng0 = c.Take<cng_t>();
+  cng_t* cng1 = c.Take<cng_t>();
+  ne10_fft_r2c_state_float32_t* fft = c.Take<ne10_fft_r2c_state_float32_t>(FFT_GetBufferSize(kFftLenSamples));
   if (h != NULL) {
     h->eq_inst[0] = eq0;
     h->eq_inst[1] = eq1;
     h->postInfo = post;
     h->cng_working_buffer[0] = cng0;
     h->cng_working_buffer[1] = cng1;
-    h->FFT_workingBuff.fft_Ne10_cfg = (ne10_fft_r2c_cfg_float32_t)fft;
+    h->FFT_workingBuff.fft_Ne10_cfg = fft;
   }
-  return offset;
+  return c.size();
 }
 
 // Stage codes 0..11 keep their values in the family's result; anything
@@ -94,18 +81,9 @@ int CheckInitParameter(const _AudioEqInit* eq_init, int dbg_level) {
   }
 }
 
-void PrintNeonBanner(int lv) {
-  ALGO_MSG(lv, "|--------------------------------------------------------------------------------|\n");
-  ALGO_MSG(lv, "|                                                                                |\n");
-  ALGO_MSG(lv, "|                                   NEON ENABLE                                  |\n");
-  ALGO_MSG(lv, "|                                                                                |\n");
-  ALGO_MSG(lv, "|--------------------------------------------------------------------------------|\n");
-}
-
 void ClearFrameState(AudioEqInternel* h) {
   memset(h->pssAudioIn, 0, sizeof(h->pssAudioIn));
   memset(h->mic_buf_ori, 0, sizeof(h->mic_buf_ori));
-  h->FFT_workingBuff.fftSize = kFftLenSamples;
   memset(h->ifft_out_half_prev_2ch, 0, sizeof(h->ifft_out_half_prev_2ch));
   memset(h->fft_win_buf_2ch, 0, sizeof(h->fft_win_buf_2ch));
 }
@@ -117,9 +95,9 @@ EQ_HANDLE InitBody(char* working_buffer_address, AudioEqInit* eq_init) {
     ALGO_ERR(lv, "[EQ]Fail! The workingBufferAddress or eq_init is NULL.\t\n");
     return NULL;
   }
-  if ((uintptr_t)working_buffer_address % kBlockAlignBytes != 0) {
+  if ((uintptr_t)working_buffer_address % kWorkBlockAlignBytes != 0) {
     ALGO_ERR(lv, "[EQ]Fail! The working_buffer_address is not aligned to %d bytes.\t\n",
-             (int)kBlockAlignBytes);
+             (int)kWorkBlockAlignBytes);
     return NULL;
   }
   ALGO_MSG(lv, "[EQ]FFT mode: floating point mode.\t\n");
@@ -146,9 +124,7 @@ EQ_HANDLE InitBody(char* working_buffer_address, AudioEqInit* eq_init) {
   ALGO_MSG(lv, "[EQ]Channel: %d\t\n", (int)init.channel);
   ALGO_MSG(lv, "[EQ]Sample rate: %d\t\n", init.sample_rate);
   ClearFrameState(h);
-  ne10_init();
-  fft_init(&h->FFT_workingBuff);
-  PrintNeonBanner(lv);
+  FrameStage_InitTransform(&h->FFT_workingBuff, lv);
 
   int stageResult = EQ_Init(h->eq_inst[0], init.sample_rate);
   if (init.channel == 2) stageResult += EQ_Init(h->eq_inst[1], init.sample_rate);
@@ -175,11 +151,7 @@ int RunChannel(AudioEqInternel* h, short* pss_audio_in, int c) {
   const int pn = (int)h->eq_init.point_number;
   const _AudioHpfConfig& hpf = h->hpf_config;
   postInfo_t* post = h->postInfo;
-  post->length = kFftLenSamples;
-  post->channel_number = h->eq_init.channel;
-  post->bias = pn;
-  post->flag = 0;
-  LoadStreams(h->pssAudioIn[c], pss_audio_in, c, post);
+  FrameStage_LoadHistory(post, h->pssAudioIn[c], pss_audio_in, c, h->eq_init.channel, kFftLenSamples, pn);
   if (HpfInMode(hpf, kHpfTimeDomainMode)) {
     if (HPF_FiniteImpulseResponseFilter(h->HPF_filter_buffer[c], &h->pssAudioIn[c][pn],
                                         hpf.cutoff_frequency, HandleLevel(h)) != 0) {
@@ -187,21 +159,15 @@ int RunChannel(AudioEqInternel* h, short* pss_audio_in, int c) {
     }
   }
   float* buf = h->fft_win_buf_2ch[c];
-  for (int k = 0; k < kFftLenSamples; ++k) buf[k] = (float)h->pssAudioIn[c][k];
-  WindowFFT_Process(buf, 0);
-  ORB_rdft(&h->FFT_workingBuff, kFftLenSamples, ORB_FFT_MODE_DO_FFT, buf, h->fbf_ip, h->fbf_wfft);
+  FrameStage_ToFloat(h->pssAudioIn[c], buf, kFftLenSamples);
+  FrameStage_Forward(&h->FFT_workingBuff, buf, h->fbf_ip, h->fbf_wfft);
   if (h->eq_config.eq_enable) EQ_ApplyGain(h->eq_inst[c]->EQ_AddiScalingFactor, buf);
   if (HpfInMode(hpf, kHpfFreqDomainMode)) {
     HPF_ApplyGain(h->eq_inst[c]->HPF_AddiScalingFactor, buf, hpf.cutoff_frequency);
   }
-  ORB_rdft(&h->FFT_workingBuff, kFftLenSamples, ORB_FFT_MODE_DO_IFFT, buf, h->fbf_ip, h->fbf_wfft);
-  WindowFFT_Process(buf, 1);
-  post->length = kFftLenSamples - pn;
-  post->channel_number = h->eq_init.channel;
-  post->bias = c;
-  post->flag = 0;
-  Post_OLA_Process(buf, h->ifft_out_half_prev_2ch[c], pss_audio_in, post);
-  for (int k = 0; k < kFftLenSamples - pn; ++k) h->ifft_out_half_prev_2ch[c][k] = buf[pn + k];
+  FrameStage_Inverse(&h->FFT_workingBuff, buf, h->fbf_ip, h->fbf_wfft);
+  FrameStage_OverlapAdd(post, buf, h->ifft_out_half_prev_2ch[c], pss_audio_in, h->eq_init.channel, c,
+                        kFftLenSamples, pn);
   return 0;
 }
 
@@ -485,16 +451,8 @@ ALGO_EQ_RET _ZebEq_EnableComfortNoise(EQ_HANDLE handle, int enable, int dB) {
     return ALGO_EQ_RET_INVALID_HANDLE;
   }
   AudioEqInternel* h = (AudioEqInternel*)handle;
-  const float noise_value = (float)pow(10.0, ((double)(float)dB + kComfortNoiseOffsetDb) / 10.0);
   h->cng_enable = enable;
-  cng_t* cng0 = h->cng_working_buffer[0];
-  cng_t* cng1 = h->cng_working_buffer[1];
-  if (cng0 != NULL) {
-    for (int k = 0; k < CNG_BINS; ++k) cng0->dMinPow[k] = noise_value;
-    if (h->eq_init.channel == 2 && cng1 != NULL) {
-      memcpy(cng1->dMinPow, cng0->dMinPow, sizeof(cng1->dMinPow));
-    }
-  }
+  CNG_SetFloorDb(h->cng_working_buffer[0], h->cng_working_buffer[1], h->eq_init.channel, dB);
   ALGO_MSG(HandleLevel(h), "[EQ] Comfort noise enable.\t\n");
   return ALGO_EQ_RET_SUCCESS;
 }

@@ -4,126 +4,40 @@
 // forwards unchanged to its internal _ZebAnr_* counterpart.
 #include "AudioAnrProcess.h"
 
-#include <math.h>
 #include <stddef.h>
 #include <string.h>
 
-#include "AudioSRCProcess.h"
 #include "ComfortNoise.h"
 #include "debug_msglevel.h"
-#include "kiss_fft.h"
-#include "nr_NN.h"
-#include "rnn.h"
-#include "windowfilt.h"
+#include "frame_stage.h"
+#include "nr_work_buffer.h"
+#include "work_buffer.h"
 
 namespace {
 
 constexpr int kMaxChannels = ANR_MAX_CHANNELS;
 constexpr int kFrameLenSamples = ANR_FRAME_LEN_SAMPLES;
 constexpr int kFftLenSamples = ANR_FFT_LEN_SAMPLES;
-constexpr int kNnFftLenSamples = ANR_NN_FFT_LEN_SAMPLES;
 constexpr int kNnFilterMode = 5;
 constexpr int kMaxHandleId = 100;  // dump file numbers run 0..100
-constexpr double kComfortNoiseOffsetDb = 24.21;
 
-// Every record's size is a multiple of four bytes, which is all the 32-bit
-// target needs. On a 64-bit build the records holding pointers need eight, so
-// each block is rounded up to pointer size; on the target this adds nothing.
-constexpr size_t kBlockAlignBytes = sizeof(void*);
-
-constexpr size_t RoundToBlock(size_t bytes) {
-  return (bytes + kBlockAlignBytes - 1) / kBlockAlignBytes * kBlockAlignBytes;
-}
-
-// Walks the working-buffer layout. With a NULL base it only counts bytes, so
-// that the size and the carve come from one description of the layout.
-class Carver {
- public:
-  explicit Carver(char* base) : base_(base), offset_(0) {}
-  template <typename T>
-  T* Take(size_t bytes) {
-    T* at = base_ != NULL ? reinterpret_cast<T*>(base_ + offset_) : NULL;
-    offset_ += RoundToBlock(bytes);
-    return at;
-  }
-  template <typename T>
-  T* Take() {
-    return Take<T>(sizeof(T));
-  }
-  size_t size() const { return offset_; }
-
- private:
-  char* base_;
-  size_t offset_;
-};
-
-// Each kind of record for channel 0, then for channel 1; the pointers are
-// stored only when h is given.
-void WalkNoiseReducers(Carver& c, AudioAnrInternel* h) {
-  NSinst_t* nr[kMaxChannels];
-  for (int ch = 0; ch < kMaxChannels; ++ch) nr[ch] = c.Take<NSinst_t>();
-  const bool set = h != NULL;
-  if (set) {
-    for (int ch = 0; ch < kMaxChannels; ++ch) h->nr_inst[ch] = nr[ch];
-  }
-  for (int ch = 0; ch < kMaxChannels; ++ch) {
-    NSWorkingBuf_t* p = c.Take<NSWorkingBuf_t>();
-    if (set) nr[ch]->NRInternalWorkBuf = p;
-  }
-  for (int ch = 0; ch < kMaxChannels; ++ch) {
-    NSCJsoninst_t* p = c.Take<NSCJsoninst_t>();
-    if (set) nr[ch]->InternalParams = p;
-  }
-  for (int ch = 0; ch < kMaxChannels; ++ch) {
-    DenoiseState* p = c.Take<DenoiseState>();
-    if (set) nr[ch]->NNStateWorkBuf = p;
-  }
-  for (int ch = 0; ch < kMaxChannels; ++ch) {
-    NNLayerState* p = c.Take<NNLayerState>();
-    if (set) nr[ch]->nnlayer_buf = p;
-  }
-  for (int ch = 0; ch < kMaxChannels; ++ch) {
-    GRUState* p = c.Take<GRUState>();
-    if (set) nr[ch]->gru_state_buff = p;
-  }
-  for (int ch = 0; ch < kMaxChannels; ++ch) {
-    CommonState* p = c.Take<CommonState>();
-    if (set) nr[ch]->common = p;
-  }
-  for (int ch = 0; ch < kMaxChannels; ++ch) {
-    kiss_fft_state* p = c.Take<kiss_fft_state>();
-    if (set) nr[ch]->common->kfft = p;
-  }
-  for (int ch = 0; ch < kMaxChannels; ++ch) {
-    kiss_twiddle_cpx* p = c.Take<kiss_twiddle_cpx>(sizeof(kiss_twiddle_cpx) * kNnFftLenSamples);
-    if (set) nr[ch]->common->kfft->twiddles = p;
-  }
-  for (int ch = 0; ch < kMaxChannels; ++ch) {
-    short* p = c.Take<short>(sizeof(short) * kNnFftLenSamples);
-    if (set) nr[ch]->common->kfft->bitrev = p;
-  }
-  const size_t srcBytes = ZebSrc_GetBufferSize((SrcConversionMode)0);
-  for (int ch = 0; ch < kMaxChannels; ++ch) {
-    char* p = c.Take<char>(srcBytes);
-    if (set) nr[ch]->SRCInputWorkBuf_ptr = p;
-  }
-  for (int ch = 0; ch < kMaxChannels; ++ch) {
-    char* p = c.Take<char>(srcBytes);
-    if (set) nr[ch]->SRCOutputWorkBuf_ptr = p;
-  }
-}
+static_assert(kMaxChannels == NR_WORK_BUFFER_CHANNELS, "the family carves both noise reducers");
+static_assert(kFftLenSamples == FRAME_STAGE_FFT_LEN_SAMPLES, "the shared frame steps run 256 points");
 
 // The whole layout in its fixed order; h NULL only sizes it.
 size_t WalkLayout(char* base, AudioAnrInternel* h) {
   Carver c(base);
   c.Take<AudioAnrInternel>();
-  WalkNoiseReducers(c, h);
+  NSinst_t* nr[kMaxChannels];
+  NR_CarveInstances(c, nr);
   cng_t* cng[kMaxChannels];
   for (int ch = 0; ch < kMaxChannels; ++ch) cng[ch] = c.Take<cng_t>();
   postInfo_t* post = c.Take<postInfo_t>();
   ne10_fft_r2c_state_float32_t* fft =
       c.Take<ne10_fft_r2c_state_float32_t>(FFT_GetBufferSize(kFftLenSamples));
   if (h != NULL) {
+    h->nr_inst[0] = nr[0];
+    h->nr_inst[1] = nr[1];
     h->cng_working_buffer[0] = cng[0];
     h->cng_working_buffer[1] = cng[1];
     h->postInfo = post;
@@ -198,14 +112,6 @@ int Level(const AudioAnrInternel* h) {
 
 int Channels(const AudioAnrInternel* h) { return (int)h->anr_init.channel; }
 
-void PrintNeonBanner(int lv) {
-  ALGO_MSG(lv, "|--------------------------------------------------------------------------------|\n");
-  ALGO_MSG(lv, "|                                                                                |\n");
-  ALGO_MSG(lv, "|                                   NEON ENABLE                                  |\n");
-  ALGO_MSG(lv, "|                                                                                |\n");
-  ALGO_MSG(lv, "|--------------------------------------------------------------------------------|\n");
-}
-
 void ClearFrameBuffers(AudioAnrInternel* h) {
   memset(h->pssAudioIn, 0, sizeof(h->pssAudioIn));
   memset(h->mic_buf_ori, 0, sizeof(h->mic_buf_ori));
@@ -248,32 +154,21 @@ int RunChannel(AudioAnrInternel* h, short* pss_audio_in, int ch) {
   NSinst_t* nr = h->nr_inst[ch];
   float* buf = h->fft_win_buf_2ch[ch];
 
-  post->length = kFftLenSamples;
-  post->channel_number = h->anr_init.channel;
-  post->bias = pn;
-  post->flag = 0;
-  LoadStreams(h->pssAudioIn[ch], pss_audio_in, ch, post);
+  FrameStage_LoadHistory(post, h->pssAudioIn[ch], pss_audio_in, ch, h->anr_init.channel, kFftLenSamples, pn);
   // The neural mode re-blocks into its own hops and is not part of this
   // build: its stream takes the plain path below with the spectrum untouched.
   memcpy(h->pssAudioOut[ch], h->pssAudioIn[ch], sizeof(h->pssAudioOut[ch]));
 
   const short* src = enabled ? h->pssAudioOut[ch] : h->pssAudioIn[ch];
-  for (int i = 0; i < kFftLenSamples; ++i) buf[i] = (float)src[i];
-  WindowFFT_Process(buf, 0);
-  ORB_rdft(&h->FFT_workingBuff, kFftLenSamples, ORB_FFT_MODE_DO_FFT, buf, h->fbf_ip, h->fbf_wfft);
+  FrameStage_ToFloat(src, buf, kFftLenSamples);
+  FrameStage_Forward(&h->FFT_workingBuff, buf, h->fbf_ip, h->fbf_wfft);
   if (enabled && nr->filter_mode != kNnFilterMode) {
     const int ret = NR_Process(nr, buf);
     if (ret != _ALGO_ANR_RET_SUCCESS) return ret;
   }
-  ORB_rdft(&h->FFT_workingBuff, kFftLenSamples, ORB_FFT_MODE_DO_IFFT, buf, h->fbf_ip, h->fbf_wfft);
-  WindowFFT_Process(buf, 1);
-
-  post->length = kFftLenSamples - pn;
-  post->channel_number = h->anr_init.channel;
-  post->bias = ch;
-  post->flag = 0;
-  Post_OLA_Process(buf, h->ifft_out_half_prev_2ch[ch], pss_audio_in, post);
-  for (int i = 0; i < kFftLenSamples - pn; ++i) h->ifft_out_half_prev_2ch[ch][i] = buf[pn + i];
+  FrameStage_Inverse(&h->FFT_workingBuff, buf, h->fbf_ip, h->fbf_wfft);
+  FrameStage_OverlapAdd(post, buf, h->ifft_out_half_prev_2ch[ch], pss_audio_in, h->anr_init.channel, ch,
+                        kFftLenSamples, pn);
   return _ALGO_ANR_RET_SUCCESS;
 }
 
@@ -311,10 +206,7 @@ ANR_HANDLE _ZebAnr_Init(char* working_buffer_address, AudioAnrInit* anr_init) {
   ALGO_MSG(lv, "[ANR]Sample rate: %d\t\n", h->anr_init.sample_rate);
 
   ClearFrameBuffers(h);
-  h->FFT_workingBuff.fftSize = kFftLenSamples;
-  ne10_init();
-  fft_init(&h->FFT_workingBuff);
-  PrintNeonBanner(lv);
+  FrameStage_InitTransform(&h->FFT_workingBuff, lv);
 
   // Comfort noise is not part of this build: its per-channel records stay
   // as the clearing left them.
@@ -561,16 +453,8 @@ ALGO_ANR_RET _ZebAnr_EnableComfortNoise(ANR_HANDLE handle, int enable, int dB) {
     return ALGO_ANR_RET_INVALID_HANDLE;
   }
   AudioAnrInternel* h = static_cast<AudioAnrInternel*>(handle);
-  // The floor in dB as a power on the spectrum's scale.
-  const float power = (float)pow(10.0, ((double)(float)dB + kComfortNoiseOffsetDb) / 10.0);
   h->cng_enable = enable;
-  cng_t* left = h->cng_working_buffer[0];
-  if (left != NULL) {
-    for (int i = 0; i < CNG_BINS; ++i) left->dMinPow[i] = power;
-    if (Channels(h) == 2 && h->cng_working_buffer[1] != NULL) {
-      memcpy(h->cng_working_buffer[1]->dMinPow, left->dMinPow, sizeof(left->dMinPow));
-    }
-  }
+  CNG_SetFloorDb(h->cng_working_buffer[0], h->cng_working_buffer[1], (unsigned int)Channels(h), dB);
   ALGO_MSG(Level(h), "[ANR] Comfort noise enable.\t\n");
   return ALGO_ANR_RET_SUCCESS;
 }
