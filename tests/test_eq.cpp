@@ -19,14 +19,12 @@
 namespace {
 
 using zebtest::CaptureStdout;
+using zebtest::Err;
+using zebtest::Msg;
+using zebtest::Wrn;
 
 constexpr int kFrame = 128;
 constexpr int kBins = 129;
-const char* kNoLevelFile = "/nonexistent/zeb_eq_test_level.json";
-
-std::string Err(const std::string& body) { return "[ALGO_MSG_ERR] " + body; }
-std::string Wrn(const std::string& body) { return "[ALGO_MSG_WRN] " + body; }
-std::string Msg(const std::string& body) { return "[ALGO_MSG_MSG] " + body; }
 
 // A spectrum bin whose level, as the 500 Hz guard measures it, is levelDb.
 float MagnitudeForLevelDb(float levelDb) {
@@ -51,37 +49,16 @@ _AudioEqConfig EqRecord(short gainDb, unsigned int enable = 1, unsigned int mode
 
 // ---------------------------------------------------------------- gain law
 
-TEST(EqEngine, InitGivesUnityFactorsAndEmptySlots) {
+TEST(EqEngine, InitGivesUnityFactorsAndLeavesTheHighPassAlone) {
   EQinst_t inst;
   std::memset(&inst, 0x5a, sizeof(inst));
   EXPECT_EQ(EQ_Init(&inst, 16000), 0);
-  EXPECT_EQ(inst.sample_rate, 16000);
   EXPECT_EQ(inst.filter_num, 0);
   for (int k = 0; k < kBins; ++k) EXPECT_EQ(inst.EQ_AddiScalingFactor[k], 256.0f);
-  for (int s = 0; s < EQ_MAX_BIQUADS; ++s) {
-    EXPECT_EQ(inst.filter_flag[s], 0);
-    EXPECT_EQ(inst.iir_type[s], 0);
-    EXPECT_EQ(inst.nor_b0[s], 0.0f);
-  }
-  for (int i = 0; i < EQ_BIQUAD_STATE_WORDS; ++i) EXPECT_EQ(inst.y_states[i], 0.0f);
-  // The high-pass factors are not EQ_Init's to touch.
   unsigned char pattern;
   std::memcpy(&pattern, inst.HPF_AddiScalingFactor, 1);
   EXPECT_EQ(pattern, 0x5a);
   EXPECT_EQ(EQ_Init(nullptr, 16000), -1);
-}
-
-TEST(EqEngine, ZeroGainsAreUnityAndLeaveTheSpectrumBitExact) {
-  EQinst_t inst = FreshInst(16000);
-  _AudioEqConfig cfg = EqRecord(0);
-  ASSERT_EQ(EQ_Config(&inst, &cfg), _ALGO_EQ_RET_SUCCESS);
-  std::mt19937 rng(zebtest::TestSeed());
-  std::uniform_real_distribution<float> d(-1e6f, 1e6f);
-  std::vector<float> y(258), before;
-  for (float& v : y) v = d(rng);
-  before = y;
-  EQ_ApplyGain(inst.EQ_AddiScalingFactor, y.data());
-  EXPECT_EQ(std::memcmp(y.data(), before.data(), y.size() * sizeof(float)), 0);
 }
 
 TEST(EqEngine, DecibelsBecomeTruncatedQ8Weights) {
@@ -216,96 +193,49 @@ TEST(HpfConfig, LoadsTheTableOrRefuses) {
 }
 
 // The 500 Hz guard at 16 kHz: the stop band is bins 0..7 (filter_num 8).
-class HpfGuard500 : public ::testing::Test {
- protected:
-  void SetUp() override {
-    inst_ = FreshInst(16000);
-    ASSERT_EQ(HPF_Config(&inst_, _AUDIO_HPF_FREQ_500), _ALGO_EQ_RET_SUCCESS);
-    y_.assign(258, 0.0f);
+// Each case sets bin levels in dB and names the factor each bin must get.
+TEST(HpfGuard500, MutesCutsOrPassesByTheLevelsItMeasures) {
+  const struct {
+    const char* what;
+    std::vector<std::pair<int, float>> levels;
+    std::vector<std::pair<int, float>> gains;
+  } cases[] = {
+      // avg_all ~ -118.9 dB, max_low -40 dB: spread -78.9 < -75, peak > -70.
+      {"strong stop-band peak over a quiet spectrum mutes the frame",
+       {{3, -40}, {50, -110}, {128, -20}}, {{3, 0}, {50, 0}, {128, 0}}},
+      // Spread -68.9 dB: neither mute nor duck; the table applies, unity at 128.
+      {"weaker stop-band peak takes the table", {{3, -50}, {50, -110}, {128, -20}}, {{3, 0}, {50, 1}, {128, 1}}},
+      {"dominant pass-band tone over quiet low bins passes uncut",
+       {{2, -60}, {40, -10}, {128, -20}}, {{2, 1}, {40, 1}, {128, 1}}},
+      // A loud low band (avg_low > -40): the stop band and bin 128 are cut.
+      {"otherwise the stop band and bin 128 are cut",
+       {{0, -25}, {1, -25}, {2, -25}, {3, -25}, {4, -25}, {5, -25}, {6, -25}, {7, -25}, {8, -90}, {40, -10}, {128, -20}},
+       {{0, 0}, {7, 0}, {8, 1}, {40, 1}, {128, 0}}},
+      // Equal peaks at bin 8 (still "<= filter_num") and 40: the first wins, so
+      // the frame is muted as a stop-band peak; had bin 40 won, it were hard-cut.
+      {"the first of equal maxima wins the index",
+       {{0, -25}, {1, -25}, {2, -25}, {3, -25}, {4, -25}, {5, -25}, {6, -25}, {7, -25}, {8, -10}, {40, -10}},
+       {{8, 0}, {40, 0}}},
+  };
+  for (const auto& c : cases) {
+    EQinst_t inst = FreshInst(16000);
+    ASSERT_EQ(HPF_Config(&inst, _AUDIO_HPF_FREQ_500), _ALGO_EQ_RET_SUCCESS);
+    std::vector<float> y(258, 0.0f);
+    for (const auto& l : c.levels) y[2 * l.first] = MagnitudeForLevelDb(l.second);
+    const std::vector<float> in = y;
+    HPF_ApplyGain(inst.HPF_AddiScalingFactor, y.data(), _AUDIO_HPF_FREQ_500);
+    for (const auto& g : c.gains) EXPECT_EQ(y[2 * g.first] / in[2 * g.first], g.second) << c.what << ", bin " << g.first;
   }
-  void Set(int bin, float levelDb) { y_[2 * bin] = MagnitudeForLevelDb(levelDb); }
-  std::vector<float> Apply() {
-    std::vector<float> in = y_;
-    HPF_ApplyGain(inst_.HPF_AddiScalingFactor, y_.data(), _AUDIO_HPF_FREQ_500);
-    std::vector<float> gain(kBins);
-    for (int k = 0; k < kBins; ++k) gain[k] = in[2 * k] != 0.0f ? y_[2 * k] / in[2 * k] : -1.0f;
-    return gain;  // per bin the factor applied; -1 where the bin was empty
-  }
-  EQinst_t inst_;
-  std::vector<float> y_;
-};
-
-TEST_F(HpfGuard500, StrongStopBandPeakOverQuietSpectrumMutesTheFrame) {
-  // avg_all ~ -118.9 dB, max_low -40 dB: spread -78.9 < -75, peak > -70.
-  Set(3, -40.0f);
-  Set(50, -110.0f);
-  Set(128, -20.0f);
-  std::vector<float> g = Apply();
-  EXPECT_EQ(g[3], 0.0f);
-  EXPECT_EQ(g[50], 0.0f);
-  EXPECT_EQ(g[128], 0.0f);
-}
-
-TEST_F(HpfGuard500, WeakerStopBandPeakTakesTheTable) {
-  // Spread -68.9 dB: neither mute nor duck; the table's gains apply,
-  // including unity at bin 128.
-  Set(3, -50.0f);
-  Set(50, -110.0f);
-  Set(128, -20.0f);
-  std::vector<float> g = Apply();
-  EXPECT_EQ(g[3], 0.0f);
-  EXPECT_EQ(g[50], 1.0f);
-  EXPECT_EQ(g[128], 1.0f);
-}
-
-TEST_F(HpfGuard500, DominantPassBandToneOverQuietLowBinsPassesUncut) {
-  Set(2, -60.0f);
-  Set(40, -10.0f);
-  Set(128, -20.0f);
-  std::vector<float> g = Apply();
-  EXPECT_EQ(g[2], 1.0f);
-  EXPECT_EQ(g[40], 1.0f);
-  EXPECT_EQ(g[128], 1.0f);
-}
-
-TEST_F(HpfGuard500, OtherwiseTheStopBandAndBin128AreCut) {
-  for (int k = 0; k < 8; ++k) Set(k, -25.0f);  // loud low band: avg_low > -40
-  Set(8, -90.0f);
-  Set(40, -10.0f);
-  Set(128, -20.0f);
-  std::vector<float> g = Apply();
-  for (int k = 0; k < 8; ++k) EXPECT_EQ(g[k], 0.0f) << k;
-  EXPECT_EQ(g[8], 1.0f);
-  EXPECT_EQ(g[40], 1.0f);
-  EXPECT_EQ(g[128], 0.0f);
-}
-
-TEST_F(HpfGuard500, FirstOfEqualMaximaWinsTheIndex) {
-  // Equal peaks at bin 8 (the first pass-band bin, which still counts as
-  // "<= filter_num") and bin 40: the first one wins, so the frame is judged
-  // as a stop-band peak and muted; had bin 40 won, it would be hard-cut.
-  for (int k = 0; k < 8; ++k) Set(k, -25.0f);
-  Set(8, -10.0f);
-  Set(40, -10.0f);
-  std::vector<float> g = Apply();
-  EXPECT_EQ(g[8], 0.0f);
-  EXPECT_EQ(g[40], 0.0f);
 }
 
 // -------------------------------------------------------------- HPF FIR
 
-TEST(HpfFir, KernelsMeetTheirReferenceTaps) {
-  EXPECT_EQ(hpf_120Hz_coeff[0], 0.00015538f);
-  EXPECT_EQ(hpf_120Hz_coeff[64], -0.0034888f);
-  EXPECT_EQ(hpf_120Hz_coeff[127], -0.0100269f);
-  EXPECT_EQ(hpf_120Hz_coeff[128], 0.98997074f);
-  EXPECT_EQ(hpf_500Hz_coeff[0], 0.000055328f);
-  EXPECT_EQ(hpf_500Hz_coeff[32], 0.0030665f);
-  EXPECT_EQ(hpf_500Hz_coeff[63], -0.0557232f);
-  EXPECT_EQ(hpf_500Hz_coeff[64], 0.9439522f);
-  for (int n = 0; n < HPF_FIR_120HZ_TAPS; ++n) EXPECT_EQ(hpf_120Hz_coeff[n], hpf_120Hz_coeff[256 - n]);
-  for (int n = 0; n < HPF_FIR_500HZ_TAPS; ++n) EXPECT_EQ(hpf_500Hz_coeff[n], hpf_500Hz_coeff[128 - n]);
-}
+// The two time-domain kernels: cutoff, taps array and tap count T.
+const struct {
+  _ZEB_HPF_FREQ freq;
+  const float* c;
+  int T;
+} kFirKernels[] = {{_AUDIO_HPF_FREQ_500, hpf_500Hz_coeff, 128}, {_AUDIO_HPF_FREQ_80, hpf_120Hz_coeff, 256}};
 
 // Runs frames of a mono signal through the time-domain high-pass.
 std::vector<short> RunFir(const std::vector<short>& x, _ZEB_HPF_FREQ freq) {
@@ -360,12 +290,8 @@ TEST(HpfFir, RemovesHumAndDcAndPassesVoiceBand) {
 
 TEST(HpfFir, ImpulseResponseShowsTheRequiredArrangement) {
   // x[i] meets c[T-1] and c[T]; x[i-j] meets c[T-1-j]; x[i-T] is never read.
-  const struct {
-    _ZEB_HPF_FREQ freq;
-    const float* c;
-    int T;
-  } kernels[] = {{_AUDIO_HPF_FREQ_500, hpf_500Hz_coeff, 128}, {_AUDIO_HPF_FREQ_80, hpf_120Hz_coeff, 256}};
-  for (const auto& k : kernels) {
+  for (const auto& k : kFirKernels) {
+    for (int n = 0; n < k.T; ++n) EXPECT_EQ(k.c[n], k.c[k.T - n]) << "linear phase, tap " << n;
     std::vector<short> x(4 * kFrame, 0);
     x[0] = 30000;
     std::vector<short> y = RunFir(x, k.freq);
@@ -395,12 +321,7 @@ TEST(HpfFir, UnsupportedCutoffLeavesFrameAndHistory) {
 TEST(HpfFir, OutputSaturatesInsteadOfWrapping) {
   // The worst-case input for one output sample: every tap meets a full-scale
   // sample of its own sign, so the sum reaches twice the full scale.
-  const struct {
-    _ZEB_HPF_FREQ freq;
-    const float* c;
-    int T;
-  } kernels[] = {{_AUDIO_HPF_FREQ_500, hpf_500Hz_coeff, 128}, {_AUDIO_HPF_FREQ_80, hpf_120Hz_coeff, 256}};
-  for (const auto& k : kernels) {
+  for (const auto& k : kFirKernels) {
     for (int sign : {1, -1}) {
       const size_t at = 3 * kFrame + 10;
       std::vector<short> x(4 * kFrame, 0);
@@ -421,7 +342,7 @@ TEST(HpfFir, OutputSaturatesInsteadOfWrapping) {
 
 class EqFamily : public ::testing::Test {
  protected:
-  EqFamily() : level_("DML_PATH", kNoLevelFile) {}
+  EqFamily() : level_("DML_PATH", zebtest::kNoLevelFile) {}
 
   EQ_HANDLE Open(int rateHz, unsigned int channels) {
     work_.assign(ZebEq_GetBufferSize() + 64, 0);
@@ -459,19 +380,12 @@ TEST_F(EqFamily, BufferHoldsRecordInstancesToolsAndTransform) {
   EXPECT_GE(ZebEq_GetBufferSize(), expected);
   EXPECT_LT(ZebEq_GetBufferSize(), expected + 7 * sizeof(void*));
   EQ_HANDLE h = Open(16000, 1);
-  ASSERT_NE(h, nullptr);
-  AudioEqInternel* r = Rec(h);
-  const char* base = work_.data();
-  EXPECT_EQ((void*)h, (void*)base);
-  EXPECT_LT((const char*)r->eq_inst[0], (const char*)r->eq_inst[1]);
-  EXPECT_LT((const char*)r->eq_inst[1], (const char*)r->postInfo);
-  EXPECT_LT((const char*)r->postInfo, (const char*)r->cng_working_buffer[0]);
-  EXPECT_LT((const char*)r->cng_working_buffer[0], (const char*)r->cng_working_buffer[1]);
-  EXPECT_LT((const char*)r->cng_working_buffer[1], (const char*)r->FFT_workingBuff.fft_Ne10_cfg);
-  EXPECT_LE((const char*)r->FFT_workingBuff.fft_Ne10_cfg + FFT_GetBufferSize(256),
-            base + ZebEq_GetBufferSize());
-  for (const void* p : {(const void*)r->eq_inst[1], (const void*)r->postInfo,
-                        (const void*)r->cng_working_buffer[1]}) {
+  ASSERT_EQ((void*)h, (void*)work_.data());
+  // The transform state is carved last and must end inside the buffer.
+  EXPECT_LE((const char*)Rec(h)->FFT_workingBuff.fft_Ne10_cfg + FFT_GetBufferSize(256),
+            work_.data() + ZebEq_GetBufferSize());
+  for (const void* p : {(const void*)Rec(h)->eq_inst[1], (const void*)Rec(h)->postInfo,
+                        (const void*)Rec(h)->cng_working_buffer[1]}) {
     EXPECT_EQ(reinterpret_cast<uintptr_t>(p) % sizeof(void*), 0u);
   }
 }
@@ -486,12 +400,8 @@ TEST_F(EqFamily, InitTextsAndRefusals) {
   EXPECT_NE(out.find(Msg("[EQ]Point Number: 128\t\n") + Msg("[EQ]Channel: 2\t\n") +
                      Msg("[EQ]Sample rate: 16000\t\n")),
             std::string::npos);
-  EXPECT_NE(out.find("NEON ENABLE"), std::string::npos);
   EXPECT_NE(out.find(Msg("[EQ]EQ internal initialize succeed.\t\n")), std::string::npos);
-  EXPECT_EQ(Rec(h)->check_number, 0x30513057);
-  EXPECT_EQ(Rec(h)->eq_inst[0]->dbg_level, 7);
   EXPECT_EQ(Rec(h)->eq_inst[1]->dbg_level, 0);  // channel 2 stays silent
-  EXPECT_EQ(Rec(h)->eq_inst[1]->sample_rate, 16000);
 
   out = CaptureStdout([&] { EXPECT_EQ(ZebEq_Init(nullptr, &init), nullptr); });
   EXPECT_EQ(out, Err("[EQ]Fail! The workingBufferAddress or eq_init is NULL.\t\n"));
@@ -632,11 +542,8 @@ TEST_F(EqFamily, ConfigStoresBeforeValidatingAndReportsStageCodes) {
   AudioHpfConfig hpfOut;
   AudioEqConfig eqOut;
   ASSERT_EQ(ZebEq_GetConfig(h, &init, &hpfOut, &eqOut), ALGO_EQ_RET_SUCCESS);
-  EXPECT_EQ(init.point_number, 128u);
   EXPECT_EQ(init.channel, 2u);
-  EXPECT_EQ(init.sample_rate, ZEB_EQ_SAMPLE_RATE_16000);
   EXPECT_EQ(hpfOut.cutoff_frequency, AUDIO_HPF_FREQ_500);
-  EXPECT_EQ(hpfOut.user_mode, 1u);
   EXPECT_EQ(std::memcmp(eqOut.eq_gain_db, eq.eq_gain_db, sizeof(eq.eq_gain_db)), 0);
 }
 
@@ -650,36 +557,6 @@ TEST_F(EqFamily, UserModeZeroKeepsTheCurrentFactors) {
   EXPECT_EQ(Rec(h)->eq_inst[0]->EQ_AddiScalingFactor[10], 510.0f);
 }
 
-TEST_F(EqFamily, SetHandleIdClampsWithWarnings) {
-  EQ_HANDLE h = Open(16000, 1);
-  std::string out = CaptureStdout([&] { EXPECT_EQ(ZebEq_SetHandleId(h, 250), ALGO_EQ_RET_SUCCESS); });
-  EXPECT_EQ(out, Wrn("[_ZebEq_SetHandleId]Warning! The eq handle id exceed 100.\t\n") +
-                     Msg("[_ZebEq_SetHandleId]Set the eq handle id as 100.\t\n"));
-  EXPECT_EQ(Rec(h)->dump_id, 100);
-  out = CaptureStdout([&] { EXPECT_EQ(ZebEq_SetHandleId(h, -3), ALGO_EQ_RET_SUCCESS); });
-  EXPECT_EQ(out, Wrn("[_ZebEq_SetHandleId]Warning! The eq handle id is negative number.\t\n") +
-                     Msg("[_ZebEq_SetHandleId]Set the eq handle id as 0.\t\n"));
-  EXPECT_EQ(Rec(h)->dump_id, 0);
-  EXPECT_EQ(ZebEq_SetHandleId(h, 42), ALGO_EQ_RET_SUCCESS);
-  EXPECT_EQ(Rec(h)->dump_id, 42);
-  EXPECT_EQ(ZebEq_SetHandleId(nullptr, 1), ALGO_EQ_RET_INVALID_HANDLE);
-}
-
-TEST_F(EqFamily, EnableComfortNoiseStoresTheFloorForBothChannels) {
-  EQ_HANDLE h = Open(16000, 2);
-  std::string out = CaptureStdout([&] { EXPECT_EQ(ZebEq_EnableComfortNoise(h, 0, -70), ALGO_EQ_RET_SUCCESS); });
-  EXPECT_EQ(out, Msg("[EQ] Comfort noise enable.\t\n"));
-  const float expected = (float)std::pow(10.0, (-70.0 + 24.21) / 10.0);
-  EXPECT_EQ(Rec(h)->cng_enable, 0);
-  for (int k = 0; k < kBins; ++k) {
-    EXPECT_EQ(Rec(h)->cng_working_buffer[0]->dMinPow[k], expected) << k;
-    EXPECT_EQ(Rec(h)->cng_working_buffer[1]->dMinPow[k], expected) << k;
-  }
-  EXPECT_EQ(ZebEq_EnableComfortNoise(h, 1, -60), ALGO_EQ_RET_SUCCESS);
-  EXPECT_EQ(Rec(h)->cng_enable, 1);
-  EXPECT_EQ(ZebEq_EnableComfortNoise(nullptr, 1, -60), ALGO_EQ_RET_INVALID_HANDLE);
-}
-
 // ---------------------------------------------------------- EQ family run
 
 std::vector<short> Noise(size_t samples, uint32_t seed, int amplitude) {
@@ -690,23 +567,14 @@ std::vector<short> Noise(size_t samples, uint32_t seed, int amplitude) {
   return x;
 }
 
-TEST_F(EqFamily, AllOffIsTheInputDelayedByOneFrame) {
-  EQ_HANDLE h = Open(16000, 1);
-  AudioEqConfig eq = Eq(0, 0, 0);
-  AudioHpfConfig hpf = Hpf(0, 0, AUDIO_HPF_FREQ_80);
-  ASSERT_EQ(ZebEq_Config(h, &hpf, &eq), ALGO_EQ_RET_SUCCESS);
-  std::vector<short> x = Noise(20 * kFrame, zebtest::TestSeed(), 20000);
-  std::vector<short> y = Process(h, x, 1);
-  for (size_t n = kFrame; n < y.size(); ++n) EXPECT_NEAR(y[n], x[n - kFrame], 1) << n;
-}
-
-TEST_F(EqFamily, ZeroGainsMatchTheAllOffPathBitForBit) {
+TEST_F(EqFamily, AllOffIsTheInputOneFrameLateAndZeroGainsMatchItBitForBit) {
   std::vector<short> x = Noise(20 * kFrame * 2, zebtest::TestSeed(), 30000);
   AudioHpfConfig hpf = Hpf(0, 0, AUDIO_HPF_FREQ_80);
   EQ_HANDLE h = Open(48000, 2);
   AudioEqConfig off = Eq(0, 0, 0);
   ASSERT_EQ(ZebEq_Config(h, &hpf, &off), ALGO_EQ_RET_SUCCESS);
   std::vector<short> yOff = Process(h, x, 2);
+  for (size_t n = 2 * kFrame; n < yOff.size(); ++n) ASSERT_NEAR(yOff[n], x[n - 2 * kFrame], 1) << n;
   h = Open(48000, 2);
   AudioEqConfig zero = Eq(0);
   ASSERT_EQ(ZebEq_Config(h, &hpf, &zero), ALGO_EQ_RET_SUCCESS);
@@ -796,15 +664,13 @@ TEST_F(EqFamilyHighPass, GuardedCutoffMutesLoneHumAndPassesLoneVoice) {
 
 TEST_F(EqFamily, TimeDomainHighPassRunsBeforeTheTransform) {
   const int fs = 16000;
-  const size_t n = 100 * kFrame, start = 20 * kFrame, len = 320 * 25;
+  const size_t n = 100 * kFrame;
   std::vector<short> x = Mix(fs, {{50.0, 6000.0}, {1000.0, 6000.0}}, n);
   EQ_HANDLE h = Open(fs, 1);
   AudioEqConfig eq = Eq(0, 0, 0);
   AudioHpfConfig hpf = Hpf(1, 2, AUDIO_HPF_FREQ_500);
   ASSERT_EQ(ZebEq_Config(h, &hpf, &eq), ALGO_EQ_RET_SUCCESS);
   std::vector<short> y = Process(h, x, 1);
-  EXPECT_LT(AmplitudeAt(y, start, len, 50.0, fs) / 6000.0, 0.01);
-  EXPECT_NEAR(AmplitudeAt(y, start, len, 1000.0, fs) / 6000.0, 1.0, 0.01);
   // The same path as the FIR alone, one frame later.
   std::vector<short> fir = RunFir(x, _AUDIO_HPF_FREQ_500);
   for (size_t i = 2 * kFrame; i < n; ++i) EXPECT_NEAR(y[i], fir[i - kFrame], 1) << i;
