@@ -505,6 +505,31 @@ int BufferAllocateCheck(AudioKolInternel* kol_handle) {
   return 0;
 }
 
+AudioKolInternel* KOL_HandleOrReport(KOL_HANDLE handle, const char* func) {
+  if (handle == NULL) {
+    ALGO_ERR_ALWAYS("[%s]Fail! The kol handle is NULL.\t\n", func);
+  }
+  return (AudioKolInternel*)handle;
+}
+
+int KOL_RefuseBeforeInit(const AudioKolInternel* h, const char* func) {
+  if (h->is_kol_init_status != 0) return 0;
+  ALGO_ERR(h->dbg_level, "[%s]Fail! Need init before %s.\t\n", func, func + 1);
+  return 1;
+}
+
+int KOL_RefuseBeforeConfig(const AudioKolInternel* h, const char* func) {
+  if (h->is_kol_config_status != 0) return 0;
+  ALGO_ERR(h->dbg_level, "[%s]Fail! Need config before %s.\t\n", func, func + 1);
+  return 1;
+}
+
+int KOL_RefuseWhileRunning(const AudioKolInternel* h, const char* func) {
+  if (h->is_run_status == 0) return 0;
+  ALGO_ERR(h->dbg_level, "[%s]Fail! Last time %s process is unfinished.\t\n", func, func);
+  return 1;
+}
+
 unsigned int _ZebKol_GetBufferSize(AudioKolBufferConfig* kol_switch) {
   if (kol_switch == NULL) {
     return 0;
@@ -579,20 +604,10 @@ KOL_HANDLE _ZebKol_Reset(char* working_buffer_address, AudioProcessInit* audio_p
 }
 
 ALGO_KOL_RET _ZebKol_Free(KOL_HANDLE handle) {
-  if (handle == NULL) {
-    ALGO_ERR_ALWAYS("[%s]Fail! The kol handle is NULL.\t\n", __func__);
-    return ALGO_KOL_RET_INVALID_HANDLE;
-  }
-  AudioKolInternel* h = (AudioKolInternel*)handle;
-  const int lv = h->dbg_level;
-  if (h->is_kol_init_status == 0) {
-    ALGO_ERR(lv, "[%s]Fail! Need init before ZebKol_Free.\t\n", __func__);
-    return ALGO_KOL_RET_INVALID_CALLING;
-  }
-  if (h->is_run_status != 0) {
-    ALGO_ERR(lv, "[%s]Fail! Last time %s process is unfinished.\t\n", __func__, __func__);
-    return ALGO_KOL_RET_API_CONFLICT;
-  }
+  AudioKolInternel* h = KOL_HandleOrReport(handle, __func__);
+  if (h == NULL) return ALGO_KOL_RET_INVALID_HANDLE;
+  if (KOL_RefuseBeforeInit(h, __func__)) return ALGO_KOL_RET_INVALID_CALLING;
+  if (KOL_RefuseWhileRunning(h, __func__)) return ALGO_KOL_RET_API_CONFLICT;
   h->is_run_status = 1;
   fft_Free(&h->FFT_workingBuff);
   DebugDumpDataFree(h);
@@ -606,16 +621,10 @@ ALGO_KOL_RET _ZebKol_Config(KOL_HANDLE handle, AudioAnrConfig* anr_config, Audio
                             AudioDereverbConfig* dereverb_config, AudioAgcConfig* agc_config) {
   (void)vad_config;
   (void)dereverb_config;
-  if (handle == NULL) {
-    ALGO_ERR_ALWAYS("[%s]Fail! The kol handle is NULL.\t\n", __func__);
-    return ALGO_KOL_RET_INVALID_HANDLE;
-  }
-  AudioKolInternel* h = (AudioKolInternel*)handle;
+  AudioKolInternel* h = KOL_HandleOrReport(handle, __func__);
+  if (h == NULL) return ALGO_KOL_RET_INVALID_HANDLE;
   const int lv = h->dbg_level;
-  if (h->is_kol_init_status == 0) {
-    ALGO_ERR(lv, "[%s]Fail! Need init before ZebKol_Config.\t\n", __func__);
-    return ALGO_KOL_RET_INVALID_CALLING;
-  }
+  if (KOL_RefuseBeforeInit(h, __func__)) return ALGO_KOL_RET_INVALID_CALLING;
   ALGO_KOL_RET ret = KOL_CheckInitParameter(&h->kol_init, lv);
   if (ret != ALGO_KOL_RET_SUCCESS) {
     ALGO_ERR(lv, "[%s]Fail! The kol init parameter error.\t\n", __func__);
@@ -680,20 +689,14 @@ ALGO_KOL_RET _ZebKol_Config(KOL_HANDLE handle, AudioAnrConfig* anr_config, Audio
 }
 
 ALGO_KOL_RET _ZebKol_Run(KOL_HANDLE handle, short* pss_audio_in) {
-  if (handle == NULL) {
-    ALGO_ERR_ALWAYS("[%s]Fail! The kol handle is NULL.\t\n", __func__);
-    return ALGO_KOL_RET_INVALID_HANDLE;
-  }
-  AudioKolInternel* h = (AudioKolInternel*)handle;
+  AudioKolInternel* h = KOL_HandleOrReport(handle, __func__);
+  if (h == NULL) return ALGO_KOL_RET_INVALID_HANDLE;
   int lv = h->dbg_level;
   if (h->check_number != ALGO_CHECK_NUMBER) {
     ALGO_ERR(lv, "[%s]Fail! The kol handle is dirty in ZebKol_Run.\t\n", __func__);
     return ALGO_KOL_RET_INVALID_HANDLE;
   }
-  if (h->is_kol_config_status == 0) {
-    ALGO_ERR(lv, "[%s]Fail! Need config before ZebKol_Run.\t\n", __func__);
-    return ALGO_KOL_RET_INVALID_CALLING;
-  }
+  if (KOL_RefuseBeforeConfig(h, __func__)) return ALGO_KOL_RET_INVALID_CALLING;
   // A missing frame is refused before any state moves, so nothing is lost.
   if (pss_audio_in == NULL) {
     ALGO_ERR(lv, "[%s]Fail! The pss_audio_in is NULL.\t\n", __func__);
@@ -704,10 +707,7 @@ ALGO_KOL_RET _ZebKol_Run(KOL_HANDLE handle, short* pss_audio_in) {
   } else if (RenewHandle(h) != ALGO_KOL_RET_SUCCESS) {
     return ALGO_KOL_RET_FAILED;
   }
-  if (h->is_run_status != 0) {
-    ALGO_ERR(lv, "[%s]Fail! Last time %s process is unfinished.\t\n", __func__, __func__);
-    return ALGO_KOL_RET_API_CONFLICT;
-  }
+  if (KOL_RefuseWhileRunning(h, __func__)) return ALGO_KOL_RET_API_CONFLICT;
   // From here on an error return leaves the handle blocked until Init.
   h->is_run_status = 1;
   if (BufferAllocateCheck(h) != 0) {
@@ -755,10 +755,7 @@ ALGO_KOL_RET _ZebKol_GetConfig(KOL_HANDLE handle, AudioProcessInit* audio_proces
   }
   AudioKolInternel* h = (AudioKolInternel*)handle;
   const int lv = h->dbg_level;
-  if (h->is_kol_config_status == 0) {
-    ALGO_ERR(lv, "[%s]Fail! Need config before ZebKol_GetConfig.\t\n", __func__);
-    return ALGO_KOL_RET_INVALID_CALLING;
-  }
+  if (KOL_RefuseBeforeConfig(h, __func__)) return ALGO_KOL_RET_INVALID_CALLING;
   if (audio_process_init != NULL) {
     *audio_process_init = h->kol_init;
   }
@@ -794,20 +791,14 @@ ALGO_KOL_RET _ZebKol_GetConfig(KOL_HANDLE handle, AudioProcessInit* audio_proces
 }
 
 ALGO_KOL_RET _ZebKol_GetNrResult(KOL_HANDLE handle, short* nr_audio_out) {
-  if (handle == NULL) {
-    ALGO_ERR_ALWAYS("[%s]Fail! The kol handle is NULL.\t\n", __func__);
-    return ALGO_KOL_RET_INVALID_HANDLE;
-  }
-  AudioKolInternel* h = (AudioKolInternel*)handle;
+  AudioKolInternel* h = KOL_HandleOrReport(handle, __func__);
+  if (h == NULL) return ALGO_KOL_RET_INVALID_HANDLE;
   const int lv = h->dbg_level;
   if (h->anr_config.anr_enable != 1 || h->kol_switch.anr_enable != 1) {
     ALGO_ERR(lv, "[%s]Fail! Please enable or buffer allocate NR.\t\n", __func__);
     return ALGO_KOL_ANR_RET_INVALID_ENABLE;
   }
-  if (h->is_kol_config_status == 0) {
-    ALGO_ERR(lv, "[%s]Fail! Need config before ZebKol_GetNrResult.\t\n", __func__);
-    return ALGO_KOL_RET_INVALID_CALLING;
-  }
+  if (KOL_RefuseBeforeConfig(h, __func__)) return ALGO_KOL_RET_INVALID_CALLING;
   if (nr_audio_out == NULL) {
     ALGO_ERR(lv, "[%s]Fail! The output buffer is NULL.\t\n", __func__);
     return ALGO_KOL_RET_FAILED;
@@ -835,10 +826,7 @@ ALGO_KOL_RET _ZebKol_GetNrEqResult(KOL_HANDLE handle, short* nr_eq_audio_out) {
     ALGO_ERR(lv, "[%s]Fail! Please enable HPF.\t\n", __func__);
     return ALGO_KOL_HPF_RET_INVALID_ENABLE;
   }
-  if (h->is_kol_config_status == 0) {
-    ALGO_ERR(lv, "[%s]Fail! Need config before ZebKol_GetNrEqResult.\t\n", __func__);
-    return ALGO_KOL_RET_INVALID_CALLING;
-  }
+  if (KOL_RefuseBeforeConfig(h, __func__)) return ALGO_KOL_RET_INVALID_CALLING;
   if (nr_eq_audio_out == NULL) {
     ALGO_ERR(lv, "[%s]Fail! The output buffer is NULL.\t\n", __func__);
     return ALGO_KOL_RET_FAILED;
@@ -850,11 +838,8 @@ ALGO_KOL_RET _ZebKol_GetNrEqResult(KOL_HANDLE handle, short* nr_eq_audio_out) {
 }
 
 ALGO_KOL_RET _ZebKol_NrEstimateReferAec(KOL_HANDLE handle, short* aec_in) {
-  if (handle == NULL) {
-    ALGO_ERR_ALWAYS("[%s]Fail! The kol handle is NULL.\t\n", __func__);
-    return ALGO_KOL_RET_INVALID_HANDLE;
-  }
-  AudioKolInternel* h = (AudioKolInternel*)handle;
+  AudioKolInternel* h = KOL_HandleOrReport(handle, __func__);
+  if (h == NULL) return ALGO_KOL_RET_INVALID_HANDLE;
   const int lv = h->dbg_level;
   if (h->kol_switch.anr_enable == 1 && h->anr_config.anr_enable == 1) {
     if (h->anr_config.anr_filter_mode == 5) {
@@ -879,11 +864,8 @@ ALGO_KOL_RET _ZebKol_NrEstimateReferAec(KOL_HANDLE handle, short* aec_in) {
 }
 
 ALGO_KOL_RET _ZebKol_GetVadOut(KOL_HANDLE handle, int* speech_probability) {
-  if (handle == NULL) {
-    ALGO_ERR_ALWAYS("[%s]Fail! The kol handle is NULL.\t\n", __func__);
-    return ALGO_KOL_RET_INVALID_HANDLE;
-  }
-  AudioKolInternel* h = (AudioKolInternel*)handle;
+  AudioKolInternel* h = KOL_HandleOrReport(handle, __func__);
+  if (h == NULL) return ALGO_KOL_RET_INVALID_HANDLE;
   const int lv = h->dbg_level;
   if (h->kol_switch.anr_enable == 0) {
     ALGO_ERR(lv, "[%s]Fail! Need allocate buffer for ANR.\t\n", __func__);
@@ -898,10 +880,7 @@ ALGO_KOL_RET _ZebKol_GetVadOut(KOL_HANDLE handle, int* speech_probability) {
     ALGO_ERR(lv, "[%s]Fail! Please enable NR.\t\n", __func__);
     return ALGO_KOL_EQ_RET_INVALID_ENABLE;  // the EQ's code, as the interface has always answered
   }
-  if (h->is_kol_config_status == 0) {
-    ALGO_ERR(lv, "[%s]Fail! Need config before ZebKol_GetVadOut.\t\n", __func__);
-    return ALGO_KOL_RET_INVALID_CALLING;
-  }
+  if (KOL_RefuseBeforeConfig(h, __func__)) return ALGO_KOL_RET_INVALID_CALLING;
   if (speech_probability == NULL) {
     ALGO_ERR(lv, "[%s]Fail! The speech_probability buffer is NULL.\t\n", __func__);
     return ALGO_KOL_RET_FAILED;
@@ -913,11 +892,8 @@ ALGO_KOL_RET _ZebKol_GetVadOut(KOL_HANDLE handle, int* speech_probability) {
 }
 
 ALGO_KOL_RET _ZebKol_EnableAutoSmooth(KOL_HANDLE handle, int enable) {
-  if (handle == NULL) {
-    ALGO_ERR_ALWAYS("[%s]Fail! The kol handle is NULL.\t\n", __func__);
-    return ALGO_KOL_RET_INVALID_HANDLE;
-  }
-  AudioKolInternel* h = (AudioKolInternel*)handle;
+  AudioKolInternel* h = KOL_HandleOrReport(handle, __func__);
+  if (h == NULL) return ALGO_KOL_RET_INVALID_HANDLE;
   // Without noise-reduction memory there is no instance to switch; the call
   // still answers as it always does.
   if (h->kol_switch.anr_enable) {
@@ -928,11 +904,8 @@ ALGO_KOL_RET _ZebKol_EnableAutoSmooth(KOL_HANDLE handle, int enable) {
 }
 
 ALGO_KOL_RET _ZebKol_InitialFilterEnable(KOL_HANDLE handle, float gain) {
-  if (handle == NULL) {
-    ALGO_ERR_ALWAYS("[%s]Fail! The kol handle is NULL.\t\n", __func__);
-    return ALGO_KOL_RET_INVALID_HANDLE;
-  }
-  AudioKolInternel* h = (AudioKolInternel*)handle;
+  AudioKolInternel* h = KOL_HandleOrReport(handle, __func__);
+  if (h == NULL) return ALGO_KOL_RET_INVALID_HANDLE;
   const int lv = h->dbg_level;
   if (h->kol_switch.anr_enable == 0) {
     ALGO_ERR(lv, "[%s]Fail! Please enable NR before calling ZebKol_InitialFilterEnable.\t\n", __func__);
@@ -962,10 +935,7 @@ ALGO_KOL_RET _ZebKol_EnhanceNNBFMode(KOL_HANDLE handle, KOL_BF_HANDLE handle2, i
   }
   AudioKolInternel* h = (AudioKolInternel*)handle;
   const int lv = h->dbg_level;
-  if (h->is_kol_init_status == 0) {
-    ALGO_ERR(lv, "[%s]Fail! Need init before ZebKol_EnhanceNNBFMode.\t\n", __func__);
-    return ALGO_KOL_RET_INVALID_CALLING;
-  }
+  if (KOL_RefuseBeforeInit(h, __func__)) return ALGO_KOL_RET_INVALID_CALLING;
   if (is_enable != 0 && is_enable != 1) {
     ALGO_ERR(lv, "[%s]Fail! The is_enable should be set by 0 or 1.\t\n", __func__);
     return ALGO_KOL_RET_FAILED;
@@ -979,11 +949,8 @@ ALGO_KOL_RET _ZebKol_EnhanceNNBFMode(KOL_HANDLE handle, KOL_BF_HANDLE handle2, i
 }
 
 ALGO_KOL_RET _ZebKol_SetHandleId(KOL_HANDLE handle, int id) {
-  if (handle == NULL) {
-    ALGO_ERR_ALWAYS("[%s]Fail! The kol handle is NULL.\t\n", __func__);
-    return ALGO_KOL_RET_INVALID_HANDLE;
-  }
-  AudioKolInternel* h = (AudioKolInternel*)handle;
+  AudioKolInternel* h = KOL_HandleOrReport(handle, __func__);
+  if (h == NULL) return ALGO_KOL_RET_INVALID_HANDLE;
   const int lv = h->dbg_level;
   if (id > kMaxHandleId) {
     ALGO_WRN(lv, "[%s]Warning! The kol handle id exceed 100.\t\n", __func__);

@@ -30,16 +30,10 @@ int ChannelCount(const AudioKolInternel* h) { return h->kol_init.channel == 2 ? 
 // failing stage call drops the configured state so Run waits for Config.
 ALGO_KOL_RET SetBandCurve(KOL_HANDLE handle, int* in, int* out, FreqCurveSetter setter, const char* func,
                           const char* stageName) {
-  if (handle == NULL) {
-    ALGO_ERR_ALWAYS("[%s]Fail! The kol handle is NULL.\t\n", func);
-    return ALGO_KOL_RET_INVALID_HANDLE;
-  }
-  AudioKolInternel* h = (AudioKolInternel*)handle;
+  AudioKolInternel* h = KOL_HandleOrReport(handle, func);
+  if (h == NULL) return ALGO_KOL_RET_INVALID_HANDLE;
   const int lv = h->dbg_level;
-  if (h->is_kol_init_status == 0) {
-    ALGO_ERR(lv, "[%s]Fail! Need init before %s.\t\n", func, func + 1);  // the public name
-    return ALGO_KOL_RET_INVALID_CALLING;
-  }
+  if (KOL_RefuseBeforeInit(h, func)) return ALGO_KOL_RET_INVALID_CALLING;
   if (!FrequencyAgcReady(h)) {
     ALGO_ERR(lv, "[%s]Fail! Need enable frequency domain AGC.\t\n", func);
     return ALGO_KOL_AGC_RET_INVALID_ENABLE;
@@ -92,10 +86,7 @@ ALGO_KOL_RET _ZebKol_SetAgcFreqBand(KOL_HANDLE handle, int* frequency_band) {
   }
   AudioKolInternel* h = (AudioKolInternel*)handle;
   const int lv = h->dbg_level;
-  if (h->is_kol_init_status == 0) {
-    ALGO_ERR(lv, "[%s]Fail! Need init before ZebKol_SetAgcFreqBand.\t\n", __func__);
-    return ALGO_KOL_RET_INVALID_CALLING;
-  }
+  if (KOL_RefuseBeforeInit(h, __func__)) return ALGO_KOL_RET_INVALID_CALLING;
   if (!FrequencyAgcReady(h)) {
     ALGO_ERR(lv, "[%s]Fail! Need enable frequency domain AGC.\t\n", __func__);
     return ALGO_KOL_AGC_RET_INVALID_ENABLE;
@@ -121,21 +112,15 @@ ALGO_KOL_RET _ZebKol_SetAgcFreqBand(KOL_HANDLE handle, int* frequency_band) {
 
 ALGO_KOL_RET _ZebKol_SetCompressionRatioCurve(KOL_HANDLE handle, short* CompressRatioInput,
                                               short* CompressRatioOutput, int curve_len) {
-  if (handle == NULL) {
-    ALGO_ERR_ALWAYS("[%s]Fail! The kol handle is NULL.\t\n", __func__);
-    return ALGO_KOL_RET_INVALID_HANDLE;
-  }
-  AudioKolInternel* h = (AudioKolInternel*)handle;
+  AudioKolInternel* h = KOL_HandleOrReport(handle, __func__);
+  if (h == NULL) return ALGO_KOL_RET_INVALID_HANDLE;
   const int lv = h->dbg_level;
   // Only a warning: without AGC blocks the curve has nowhere to go, and the
   // core setter below ignores the missing instances.
   if (h->kol_switch.agc_enable == 0) {
     ALGO_ERR(lv, "[AGC] Fail! Need allocate buffer for agc setting.\t\n");
   }
-  if (h->is_kol_init_status == 0) {
-    ALGO_ERR(lv, "[%s]Fail! Need init before ZebKol_SetCompressionRatioCurve.\t\n", __func__);
-    return ALGO_KOL_RET_INVALID_CALLING;
-  }
+  if (KOL_RefuseBeforeInit(h, __func__)) return ALGO_KOL_RET_INVALID_CALLING;
   // The cores hold at most 20 points; a longer curve would overrun them.
   if (curve_len > kCurvePointsMax) {
     ALGO_ERR(lv, "[%s]Fail! curve_len %d exceeds %d.\t\n", __func__, curve_len, kCurvePointsMax);
@@ -167,14 +152,8 @@ ALGO_KOL_RET _ZebKol_ApplyDigitalGain(KOL_HANDLE handle, short* pss_audio_in, fl
   }
   AudioKolInternel* h = (AudioKolInternel*)handle;
   const int lv = h->dbg_level;
-  if (h->is_kol_init_status == 0) {
-    ALGO_ERR(lv, "[%s]Fail! Need init before ZebKol_ApplyDigitalGain.\t\n", __func__);
-    return ALGO_KOL_RET_INVALID_CALLING;
-  }
-  if (h->is_run_status != 0) {
-    ALGO_ERR(lv, "[%s]Fail! Last time %s process is unfinished.\t\n", __func__, __func__);
-    return ALGO_KOL_RET_API_CONFLICT;
-  }
+  if (KOL_RefuseBeforeInit(h, __func__)) return ALGO_KOL_RET_INVALID_CALLING;
+  if (KOL_RefuseWhileRunning(h, __func__)) return ALGO_KOL_RET_API_CONFLICT;
   // From here on an error return leaves the handle blocked until Init.
   h->is_run_status = 1;
   if (pss_audio_in == NULL) {

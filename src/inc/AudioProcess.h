@@ -130,6 +130,17 @@ AudioKolInternel* KOL_AllocateWorkingBufferAddressPartial(const char* workingBuf
 ALGO_KOL_RET KOL_CheckInitParameter(AudioProcessInit* kol_init, int dbg_lv);
 int BufferAllocateCheck(AudioKolInternel* kol_handle);
 
+// Entry guards of the chain's operations. func is the caller's own name,
+// __func__, which the messages show; the public name is func + 1.
+// The record behind handle, or NULL after the message for a NULL handle.
+AudioKolInternel* KOL_HandleOrReport(KOL_HANDLE handle, const char* func);
+// 1, after its message, when Init has not run; 0 otherwise.
+int KOL_RefuseBeforeInit(const AudioKolInternel* h, const char* func);
+// 1, after its message, when Config has not run; 0 otherwise.
+int KOL_RefuseBeforeConfig(const AudioKolInternel* h, const char* func);
+// 1, after its message, while an earlier call is marked unfinished.
+int KOL_RefuseWhileRunning(const AudioKolInternel* h, const char* func);
+
 #ifdef __cplusplus
 }
 #endif

@@ -85,6 +85,25 @@ int Level(const AudioAgcInternel* h) {
   return h->agc_inst[0] != NULL ? h->agc_inst[0]->dbg_level : ALGO_MSG_LEVEL_DEFAULT;
 }
 
+// Entry guards. func is the caller's own name, __func__, which the messages
+// show; the public name is func + 1.
+AudioAgcInternel* HandleOrReport(AGC_HANDLE handle, const char* func) {
+  if (handle == NULL) ALGO_ERR_ALWAYS("[%s]Fail! The agc handle is NULL\t\n", func);
+  return (AudioAgcInternel*)handle;
+}
+
+bool RefuseBeforeInit(const AudioAgcInternel* h, const char* func) {
+  if (h->is_agc_init_status != 0) return false;
+  ALGO_ERR(Level(h), "[%s]Fail! Need init before %s\t\n", func, func + 1);
+  return true;
+}
+
+bool RefuseBeforeConfig(const AudioAgcInternel* h, const char* func) {
+  if (h->is_agc_config_status != 0) return false;
+  ALGO_ERR(Level(h), "[%s]Fail! Need config before %s\t\n", func, func + 1);
+  return true;
+}
+
 // Raw-audio dumps are not carried by this build: nothing to open or close.
 int DebugDumpDataInit(AudioAgcInternel* /*h*/) { return 0; }
 void DebugDumpDataFree(AudioAgcInternel* /*h*/) {}
@@ -258,16 +277,10 @@ AGC_HANDLE _ZebAgc_Init(char* working_buffer_address, AudioAgcInit* agc_init) {
 }
 
 ALGO_AGC_RET _ZebAgc_Config(AGC_HANDLE handle, AudioAgcConfig* agc_config) {
-  if (handle == NULL) {
-    ALGO_ERR_ALWAYS("[%s]Fail! The agc handle is NULL\t\n", __func__);
-    return ALGO_AGC_RET_INVALID_HANDLE;
-  }
-  AudioAgcInternel* h = (AudioAgcInternel*)handle;
+  AudioAgcInternel* h = HandleOrReport(handle, __func__);
+  if (h == NULL) return ALGO_AGC_RET_INVALID_HANDLE;
   const int lv = Level(h);
-  if (h->is_agc_init_status == 0) {
-    ALGO_ERR(lv, "[%s]Fail! Need init before ZebAgc_Config\t\n", __func__);
-    return ALGO_AGC_RET_INVALID_CALLING;
-  }
+  if (RefuseBeforeInit(h, __func__)) return ALGO_AGC_RET_INVALID_CALLING;
   if (agc_config == NULL) {
     ALGO_ERR(lv, "[%s]Fail! The agc_config is NULL\t\n", __func__);
     return ALGO_AGC_RET_FAILED;
@@ -308,15 +321,9 @@ ALGO_AGC_RET _ZebAgc_Config(AGC_HANDLE handle, AudioAgcConfig* agc_config) {
 }
 
 ALGO_AGC_RET _ZebAgc_GetConfig(AGC_HANDLE handle, AudioAgcInit* agc_init, AudioAgcConfig* agc_config) {
-  if (handle == NULL) {
-    ALGO_ERR_ALWAYS("[%s]Fail! The agc handle is NULL\t\n", __func__);
-    return ALGO_AGC_RET_INVALID_HANDLE;
-  }
-  AudioAgcInternel* h = (AudioAgcInternel*)handle;
-  if (h->is_agc_config_status == 0) {
-    ALGO_ERR(Level(h), "[%s]Fail! Need config before ZebAgc_GetConfig\t\n", __func__);
-    return ALGO_AGC_RET_INVALID_CALLING;
-  }
+  AudioAgcInternel* h = HandleOrReport(handle, __func__);
+  if (h == NULL) return ALGO_AGC_RET_INVALID_HANDLE;
+  if (RefuseBeforeConfig(h, __func__)) return ALGO_AGC_RET_INVALID_CALLING;
   if (agc_init != NULL) {
     agc_init->point_number = h->point_number;
     agc_init->channel = h->channel;
@@ -327,20 +334,14 @@ ALGO_AGC_RET _ZebAgc_GetConfig(AGC_HANDLE handle, AudioAgcInit* agc_init, AudioA
 }
 
 ALGO_AGC_RET _ZebAgc_Run(AGC_HANDLE handle, short int* pss_audio_in) {
-  if (handle == NULL) {
-    ALGO_ERR_ALWAYS("[%s]Fail! The agc handle is NULL\t\n", __func__);
-    return ALGO_AGC_RET_INVALID_HANDLE;
-  }
-  AudioAgcInternel* h = (AudioAgcInternel*)handle;
+  AudioAgcInternel* h = HandleOrReport(handle, __func__);
+  if (h == NULL) return ALGO_AGC_RET_INVALID_HANDLE;
   const int lv = Level(h);
   if (h->check_number != ALGO_CHECK_NUMBER) {
     ALGO_ERR(lv, "[%s]Fail! The agc handle is dirty in ZebAgc_Run\t\n", __func__);
     return ALGO_AGC_RET_INVALID_HANDLE;
   }
-  if (h->is_agc_config_status == 0) {
-    ALGO_ERR(lv, "[%s]Fail! Need config before ZebAgc_Run\t\n", __func__);
-    return ALGO_AGC_RET_INVALID_CALLING;
-  }
+  if (RefuseBeforeConfig(h, __func__)) return ALGO_AGC_RET_INVALID_CALLING;
   // A missing frame is refused before any state moves, so nothing is lost.
   if (pss_audio_in == NULL) {
     ALGO_ERR(lv, "[%s]Fail! The pss_audio_in is NULL\t\n", __func__);
@@ -369,15 +370,9 @@ ALGO_AGC_RET _ZebAgc_Run(AGC_HANDLE handle, short int* pss_audio_in) {
 }
 
 ALGO_AGC_RET _ZebAgc_Free(AGC_HANDLE handle) {
-  if (handle == NULL) {
-    ALGO_ERR_ALWAYS("[%s]Fail! The agc handle is NULL\t\n", __func__);
-    return ALGO_AGC_RET_INVALID_HANDLE;
-  }
-  AudioAgcInternel* h = (AudioAgcInternel*)handle;
-  if (h->is_agc_init_status == 0) {
-    ALGO_ERR(Level(h), "[%s]Fail! Need init before ZebAgc_Free\t\n", __func__);
-    return ALGO_AGC_RET_INVALID_CALLING;
-  }
+  AudioAgcInternel* h = HandleOrReport(handle, __func__);
+  if (h == NULL) return ALGO_AGC_RET_INVALID_HANDLE;
+  if (RefuseBeforeInit(h, __func__)) return ALGO_AGC_RET_INVALID_CALLING;
   if (h->is_run_status != 0) return ALGO_AGC_RET_API_CONFLICT;
   h->is_run_status = 1;
   // The transform states stay marked as initialised until the next Init
@@ -432,16 +427,10 @@ ALGO_AGC_RET _ZebAgc_SetHighFreqCompressionRatioCurve(AGC_HANDLE handle, int* Co
 
 ALGO_AGC_RET _ZebAgc_SetCompressionRatioCurve(AGC_HANDLE handle, short int* CompressRatioInput,
                                               short int* CompressRatioOutput, int curve_len) {
-  if (handle == NULL) {
-    ALGO_ERR_ALWAYS("[%s]Fail! The agc handle is NULL\t\n", __func__);
-    return ALGO_AGC_RET_INVALID_HANDLE;
-  }
-  AudioAgcInternel* h = (AudioAgcInternel*)handle;
+  AudioAgcInternel* h = HandleOrReport(handle, __func__);
+  if (h == NULL) return ALGO_AGC_RET_INVALID_HANDLE;
   const int lv = Level(h);
-  if (h->is_agc_init_status == 0) {
-    ALGO_ERR(lv, "[%s]Fail! Need init before ZebAgc_SetCompressionRatioCurve\t\n", __func__);
-    return ALGO_AGC_RET_INVALID_CALLING;
-  }
+  if (RefuseBeforeInit(h, __func__)) return ALGO_AGC_RET_INVALID_CALLING;
   // The cores hold at most 20 points; a longer curve would overrun them.
   if (curve_len > kCurvePointsMax) {
     ALGO_ERR(lv, "[%s]Fail! curve_len %d exceeds %d\t\n", __func__, curve_len, kCurvePointsMax);
@@ -466,11 +455,8 @@ ALGO_AGC_RET _ZebAgc_SetCompressionRatioCurve(AGC_HANDLE handle, short int* Comp
 }
 
 ALGO_AGC_RET _ZebAgc_SetHandleId(AGC_HANDLE handle, int id) {
-  if (handle == NULL) {
-    ALGO_ERR_ALWAYS("[%s]Fail! The agc handle is NULL\t\n", __func__);
-    return ALGO_AGC_RET_INVALID_HANDLE;
-  }
-  AudioAgcInternel* h = (AudioAgcInternel*)handle;
+  AudioAgcInternel* h = HandleOrReport(handle, __func__);
+  if (h == NULL) return ALGO_AGC_RET_INVALID_HANDLE;
   const int lv = Level(h);
   if (id > kHandleIdMax) {
     ALGO_WRN(lv, "[%s]Warning! The agc handle id exceed 100\t\n", __func__);
@@ -485,11 +471,8 @@ ALGO_AGC_RET _ZebAgc_SetHandleId(AGC_HANDLE handle, int id) {
 }
 
 ALGO_AGC_RET _ZebAgc_EnableComfortNoise(AGC_HANDLE handle, int enable, int dB) {
-  if (handle == NULL) {
-    ALGO_ERR_ALWAYS("[%s]Fail! The agc handle is NULL\t\n", __func__);
-    return ALGO_AGC_RET_INVALID_HANDLE;
-  }
-  AudioAgcInternel* h = (AudioAgcInternel*)handle;
+  AudioAgcInternel* h = HandleOrReport(handle, __func__);
+  if (h == NULL) return ALGO_AGC_RET_INVALID_HANDLE;
   h->cng_enable = enable;
   CNG_SetFloorDb(h->cng_working_buffer[0], h->cng_working_buffer[1], h->channel, dB);
   ALGO_PRINT_TAGGED("ALGO_MSG_MSG", "[AGC] Comfort noise enable.\t\n");

@@ -112,6 +112,25 @@ int Level(const AudioAnrInternel* h) {
 
 int Channels(const AudioAnrInternel* h) { return (int)h->anr_init.channel; }
 
+// Entry guards. func is the caller's own name, __func__, which the messages
+// show; the public name is func + 1.
+AudioAnrInternel* HandleOrReport(ANR_HANDLE handle, const char* func) {
+  if (handle == NULL) ALGO_ERR_ALWAYS("[%s]Fail! The anr handle is NULL.\t\n", func);
+  return static_cast<AudioAnrInternel*>(handle);
+}
+
+bool RefuseBeforeInit(const AudioAnrInternel* h, const char* func) {
+  if (h->is_anr_init_status != 0) return false;
+  ALGO_ERR(Level(h), "[%s]Fail! Need init before %s.\t\n", func, func + 1);
+  return true;
+}
+
+bool RefuseBeforeConfig(const AudioAnrInternel* h, const char* func) {
+  if (h->is_anr_config_status != 0) return false;
+  ALGO_ERR(Level(h), "[%s]Fail! Need config before %s.\t\n", func, func + 1);
+  return true;
+}
+
 void ClearFrameBuffers(AudioAnrInternel* h) {
   memset(h->pssAudioIn, 0, sizeof(h->pssAudioIn));
   memset(h->mic_buf_ori, 0, sizeof(h->mic_buf_ori));
@@ -228,15 +247,9 @@ ANR_HANDLE _ZebAnr_Reset(char* working_buffer_address, AudioAnrInit* anr_init) {
 }
 
 ALGO_ANR_RET _ZebAnr_Free(ANR_HANDLE handle) {
-  if (handle == NULL) {
-    ALGO_ERR_ALWAYS("[%s]Fail! The anr handle is NULL.\t\n", "_ZebAnr_Free");
-    return ALGO_ANR_RET_INVALID_HANDLE;
-  }
-  AudioAnrInternel* h = static_cast<AudioAnrInternel*>(handle);
-  if (h->is_anr_init_status == 0) {
-    ALGO_ERR(Level(h), "[%s]Fail! Need init before ZebAnr_Free.\t\n", "_ZebAnr_Free");
-    return ALGO_ANR_RET_INVALID_CALLING;
-  }
+  AudioAnrInternel* h = HandleOrReport(handle, __func__);
+  if (h == NULL) return ALGO_ANR_RET_INVALID_HANDLE;
+  if (RefuseBeforeInit(h, __func__)) return ALGO_ANR_RET_INVALID_CALLING;
   if (h->is_run_status != 0) return ALGO_ANR_RET_API_CONFLICT;
   h->is_run_status = 1;
   fft_Free(&h->FFT_workingBuff);
@@ -250,16 +263,10 @@ ALGO_ANR_RET _ZebAnr_Free(ANR_HANDLE handle) {
 // ============================================= configuration ==
 
 ALGO_ANR_RET _ZebAnr_Config(ANR_HANDLE handle, AudioAnrConfig* anr_config) {
-  if (handle == NULL) {
-    ALGO_ERR_ALWAYS("[%s]Fail! The anr handle is NULL.\t\n", "_ZebAnr_Config");
-    return ALGO_ANR_RET_INVALID_HANDLE;
-  }
-  AudioAnrInternel* h = static_cast<AudioAnrInternel*>(handle);
+  AudioAnrInternel* h = HandleOrReport(handle, __func__);
+  if (h == NULL) return ALGO_ANR_RET_INVALID_HANDLE;
   const int lv = Level(h);
-  if (h->is_anr_init_status == 0) {
-    ALGO_ERR(lv, "[%s]Fail! Need init before ZebAnr_Config.\t\n", "_ZebAnr_Config");
-    return ALGO_ANR_RET_INVALID_CALLING;
-  }
+  if (RefuseBeforeInit(h, __func__)) return ALGO_ANR_RET_INVALID_CALLING;
   const AudioAnrInit stored = PublicInit(h->anr_init);
   const ALGO_ANR_RET initRet = NR_CheckInitParameter(&stored, lv);
   if (initRet != ALGO_ANR_RET_SUCCESS) {
@@ -298,15 +305,9 @@ ALGO_ANR_RET _ZebAnr_Config(ANR_HANDLE handle, AudioAnrConfig* anr_config) {
 
 ALGO_ANR_RET _ZebAnr_GetConfig(ANR_HANDLE handle, AudioAnrInit* anr_init,
                                AudioAnrConfig* anr_config) {
-  if (handle == NULL) {
-    ALGO_ERR_ALWAYS("[%s]Fail! The anr handle is NULL.\t\n", "_ZebAnr_GetConfig");
-    return ALGO_ANR_RET_INVALID_HANDLE;
-  }
-  AudioAnrInternel* h = static_cast<AudioAnrInternel*>(handle);
-  if (h->is_anr_config_status == 0) {
-    ALGO_ERR(Level(h), "[%s]Fail! Need config before ZebAnr_GetConfig.\t\n", "_ZebAnr_GetConfig");
-    return ALGO_ANR_RET_INVALID_CALLING;
-  }
+  AudioAnrInternel* h = HandleOrReport(handle, __func__);
+  if (h == NULL) return ALGO_ANR_RET_INVALID_HANDLE;
+  if (RefuseBeforeConfig(h, __func__)) return ALGO_ANR_RET_INVALID_CALLING;
   if (anr_init != NULL) *anr_init = PublicInit(h->anr_init);
   if (anr_config != NULL) {
     const _AudioAnrConfig* c = &h->anr_config;
@@ -324,21 +325,15 @@ ALGO_ANR_RET _ZebAnr_GetConfig(ANR_HANDLE handle, AudioAnrInit* anr_init,
 // ===================================================== frame ==
 
 ALGO_ANR_RET _ZebAnr_Run(ANR_HANDLE handle, short* pss_audio_in) {
-  if (handle == NULL) {
-    ALGO_ERR_ALWAYS("[%s]Fail! The anr handle is NULL.\t\n", "_ZebAnr_Run");
-    return ALGO_ANR_RET_INVALID_HANDLE;
-  }
-  AudioAnrInternel* h = static_cast<AudioAnrInternel*>(handle);
+  AudioAnrInternel* h = HandleOrReport(handle, __func__);
+  if (h == NULL) return ALGO_ANR_RET_INVALID_HANDLE;
   if (h->check_number != ALGO_CHECK_NUMBER) {
     // Nothing in a dirty record can be trusted, its level included.
     ALGO_ERR_ALWAYS("[%s]Fail! The anr handle is dirty.\t\n", "_ZebAnr_Run");
     return ALGO_ANR_RET_INVALID_HANDLE;
   }
   const int lv = Level(h);
-  if (h->is_anr_config_status == 0) {
-    ALGO_ERR(lv, "[%s]Fail! Need config before ZebAnr_Run.\t\n", "_ZebAnr_Run");
-    return ALGO_ANR_RET_INVALID_CALLING;
-  }
+  if (RefuseBeforeConfig(h, __func__)) return ALGO_ANR_RET_INVALID_CALLING;
   if (h->is_run_status != 0) return ALGO_ANR_RET_API_CONFLICT;
   h->is_run_status = 1;
   // From here on a failure leaves is_run_status set: the handle stays
@@ -388,11 +383,8 @@ ALGO_ANR_RET _ZebAnr_EnhanceNNBFMode(ANR_HANDLE handle, ANR_BF_HANDLE handle2, i
 }
 
 ALGO_ANR_RET _ZebAnr_SetHandleId(ANR_HANDLE handle, int id) {
-  if (handle == NULL) {
-    ALGO_ERR_ALWAYS("[%s]Fail! The anr handle is NULL.\t\n", "_ZebAnr_SetHandleId");
-    return ALGO_ANR_RET_INVALID_HANDLE;
-  }
-  AudioAnrInternel* h = static_cast<AudioAnrInternel*>(handle);
+  AudioAnrInternel* h = HandleOrReport(handle, __func__);
+  if (h == NULL) return ALGO_ANR_RET_INVALID_HANDLE;
   const int lv = Level(h);
   if (id > kMaxHandleId) {
     ALGO_WRN(lv, "[%s]Warning! The anr handle id exceed 100.\t\n", "_ZebAnr_SetHandleId");
@@ -422,11 +414,8 @@ unsigned int _ZebAnr_GetJsonFileSize(char* jsonfile) {
 
 ALGO_ANR_RET _ZebAnr_ReadJson(ANR_HANDLE handle, char* jsonBuffer, char* jsonfile,
                               unsigned int buffSize) {
-  if (handle == NULL) {
-    ALGO_ERR_ALWAYS("[%s]Fail! The anr handle is NULL.\t\n", "_ZebAnr_ReadJson");
-    return ALGO_ANR_RET_INVALID_HANDLE;
-  }
-  AudioAnrInternel* h = static_cast<AudioAnrInternel*>(handle);
+  AudioAnrInternel* h = HandleOrReport(handle, __func__);
+  if (h == NULL) return ALGO_ANR_RET_INVALID_HANDLE;
   const int lv = Level(h);
   if (jsonBuffer == NULL) {
     ALGO_ERR(lv, "[%s]Fail! The json buffer is NULL.\t\n", "_ZebAnr_ReadJson");
@@ -448,11 +437,8 @@ ALGO_ANR_RET _ZebAnr_ReadJson(ANR_HANDLE handle, char* jsonBuffer, char* jsonfil
 }
 
 ALGO_ANR_RET _ZebAnr_EnableComfortNoise(ANR_HANDLE handle, int enable, int dB) {
-  if (handle == NULL) {
-    ALGO_ERR_ALWAYS("[%s]Fail! The anr handle is NULL.\t\n", "_ZebAnr_EnableComfortNoise");
-    return ALGO_ANR_RET_INVALID_HANDLE;
-  }
-  AudioAnrInternel* h = static_cast<AudioAnrInternel*>(handle);
+  AudioAnrInternel* h = HandleOrReport(handle, __func__);
+  if (h == NULL) return ALGO_ANR_RET_INVALID_HANDLE;
   h->cng_enable = enable;
   CNG_SetFloorDb(h->cng_working_buffer[0], h->cng_working_buffer[1], (unsigned int)Channels(h), dB);
   ALGO_MSG(Level(h), "[ANR] Comfort noise enable.\t\n");
@@ -460,11 +446,8 @@ ALGO_ANR_RET _ZebAnr_EnableComfortNoise(ANR_HANDLE handle, int enable, int dB) {
 }
 
 ALGO_ANR_RET _ZebAnr_EnableAutoSmooth(ANR_HANDLE handle, int enable) {
-  if (handle == NULL) {
-    ALGO_ERR_ALWAYS("[%s]Fail! The anr handle is NULL.\t\n", "_ZebAnr_EnableAutoSmooth");
-    return ALGO_ANR_RET_INVALID_HANDLE;
-  }
-  AudioAnrInternel* h = static_cast<AudioAnrInternel*>(handle);
+  AudioAnrInternel* h = HandleOrReport(handle, __func__);
+  if (h == NULL) return ALGO_ANR_RET_INVALID_HANDLE;
   for (int ch = 0; ch < Channels(h) && ch < kMaxChannels; ++ch) {
     if (h->nr_inst[ch] != NULL) h->nr_inst[ch]->AutoSmooth = enable;
   }
