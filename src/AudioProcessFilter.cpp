@@ -15,26 +15,14 @@ int DebugDumpDataInit(AudioKolInternel* /*h*/) { return 0; }
 
 bool EqBufferAllocated(const AudioKolInternel* h) { return h->kol_switch.eq_enable == 1; }
 
-_AudioFilterConfig ToStageFilterConfig(const AudioFilterConfig* cfg) {
-  _AudioFilterConfig out;
-  out.type = (_EQ_FILTER_TYPE)(int)cfg->type;
-  out.f0 = cfg->f0;
-  out.Q_factor = cfg->q_factor;
-  out.gain = cfg->gain;
-  return out;
-}
-
 }  // namespace
 
 extern "C" {
 
 ALGO_KOL_RET _ZebKol_FilterDesign(KOL_HANDLE handle, int filter_cnt,
                                   AudioFilterConfig* filter_config) {
-  if (handle == NULL) {
-    ALGO_ERR_ALWAYS("[%s]Fail! The kol handle is NULL.\t\n", __func__);
-    return ALGO_KOL_RET_INVALID_HANDLE;
-  }
-  AudioKolInternel* h = (AudioKolInternel*)handle;
+  AudioKolInternel* h = KOL_HandleOrReport(handle, __func__);
+  if (h == NULL) return ALGO_KOL_RET_INVALID_HANDLE;
   const int lv = h->dbg_level;
   if (!EqBufferAllocated(h)) {
     ALGO_ERR(lv, "[%s]Fail! Please initialize EQ buffer before ZebKol_FilterDesign.\t\n", __func__);
@@ -44,23 +32,16 @@ ALGO_KOL_RET _ZebKol_FilterDesign(KOL_HANDLE handle, int filter_cnt,
     ALGO_ERR(lv, "[%s]Fail! The filter_config is NULL.\t\n", __func__);
     return ALGO_KOL_RET_FAILED;
   }
-  _AudioFilterConfig cfg = ToStageFilterConfig(filter_config);
-  if (FilterDesignConfigCheck(h->eq_inst[0], &cfg) != 0 ||
-      FilterGeneratr(h->eq_inst[0], filter_cnt, &cfg) != 0) {
+  if (EQ_DesignUserFilter(h->eq_inst, h->kol_init.channel, filter_cnt, filter_config) != 0) {
     return ALGO_KOL_RET_FAILED;
   }
-  // Channel 2 becomes a copy of channel 1, whatever else it held.
-  if (h->kol_init.channel == 2) *h->eq_inst[1] = *h->eq_inst[0];
   h->iir_enable = 1;
   return ALGO_KOL_RET_SUCCESS;
 }
 
 ALGO_KOL_RET _ZebKol_FilterApply(KOL_HANDLE handle, short* pss_audio_in) {
-  if (handle == NULL) {
-    ALGO_ERR_ALWAYS("[%s]Fail! The kol handle is NULL.\t\n", __func__);
-    return ALGO_KOL_RET_INVALID_HANDLE;
-  }
-  AudioKolInternel* h = (AudioKolInternel*)handle;
+  AudioKolInternel* h = KOL_HandleOrReport(handle, __func__);
+  if (h == NULL) return ALGO_KOL_RET_INVALID_HANDLE;
   const int lv = h->dbg_level;
   if (!EqBufferAllocated(h)) {
     ALGO_ERR(lv, "[%s]Fail! Please initialize EQ buffer befire ZebKol_FilterApply\t\n", __func__);
@@ -84,11 +65,8 @@ ALGO_KOL_RET _ZebKol_FilterApply(KOL_HANDLE handle, short* pss_audio_in) {
 }
 
 ALGO_KOL_RET _ZebKol_FilterFreqz(KOL_HANDLE handle, float* frequency_response) {
-  if (handle == NULL) {
-    ALGO_ERR_ALWAYS("[%s]Fail! The kol handle is NULL.\t\n", __func__);
-    return ALGO_KOL_RET_INVALID_HANDLE;
-  }
-  AudioKolInternel* h = (AudioKolInternel*)handle;
+  AudioKolInternel* h = KOL_HandleOrReport(handle, __func__);
+  if (h == NULL) return ALGO_KOL_RET_INVALID_HANDLE;
   const int lv = h->dbg_level;
   if (!EqBufferAllocated(h)) {
     ALGO_ERR(lv, "[%s]Fail! Need allocate buffer for EQ.\t\n", __func__);
@@ -98,14 +76,7 @@ ALGO_KOL_RET _ZebKol_FilterFreqz(KOL_HANDLE handle, float* frequency_response) {
     ALGO_ERR(lv, "[%s]Fail! The frequency_response is NULL.\t\n", __func__);
     return ALGO_KOL_RET_FAILED;
   }
-  memset(frequency_response, 0, sizeof(float) * EQ_FREQZ_POINTS);
-  EQinst_t* inst = h->eq_inst[0];
-  float tmp[EQ_FREQZ_POINTS];
-  for (int s = 0; s < EQ_MAX_BIQUADS; ++s) {
-    if (inst->filter_flag[s] != 1) continue;
-    SOS_freqz(inst, s, tmp);
-    for (int k = 0; k < EQ_FREQZ_POINTS; ++k) frequency_response[k] += tmp[k];
-  }
+  EQ_SumDesignedResponses(h->eq_inst[0], frequency_response);
   return ALGO_KOL_RET_SUCCESS;
 }
 

@@ -5,6 +5,7 @@
 #define ZEB_EQ_BIQUAD_H
 
 #include "eq_filter.h"
+#include "zebaudio/zeb_eq.h"
 
 #ifdef __cplusplus
 extern "C" {
@@ -44,6 +45,15 @@ int InfiniteImpulseResponseFilter(EQinst_t* inst, short int* Y_in);
 // Magnitude response in dB of slot filter_cnt (counting from 0) at
 // EQ_FREQZ_POINTS points; -1 for a slot outside 0..9.
 int SOS_freqz(EQinst_t* inst, int filter_cnt, float* Frequency_response);
+
+// The user's filter operations of the chain and the ZebEq family.
+// Designs slot filter_cnt - 1 of eq[0] from the public settings; in stereo
+// eq[1] then becomes a whole copy of eq[0], delays included. 0, or -1 when
+// the settings or the slot are refused.
+int EQ_DesignUserFilter(EQinst_t** eq, unsigned int channels, int filter_cnt, const AudioFilterConfig* filter_config);
+// Sum of the responses of inst's designed sections at EQ_FREQZ_POINTS
+// points; all 0 when nothing is designed or there is no instance.
+void EQ_SumDesignedResponses(EQinst_t* inst, float* frequency_response);
 
 #ifdef __cplusplus
 }

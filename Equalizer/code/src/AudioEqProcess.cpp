@@ -56,6 +56,25 @@ int HandleLevel(const AudioEqInternel* h) {
   return h->eq_inst[0] != NULL ? h->eq_inst[0]->dbg_level : ALGO_MSG_LEVEL_DEFAULT;
 }
 
+// Entry guards. func is the caller's own name, __func__, which the messages
+// show; the public name is func + 1.
+AudioEqInternel* HandleOrReport(EQ_HANDLE handle, const char* func) {
+  if (handle == NULL) ALGO_ERR_ALWAYS("[%s]Fail! The eq handle is NULL.\t\n", func);
+  return (AudioEqInternel*)handle;
+}
+
+bool RefuseBeforeInit(const AudioEqInternel* h, const char* func) {
+  if (h->is_eq_init_status != 0) return false;
+  ALGO_ERR(HandleLevel(h), "[%s]Fail! Need init before %s.\t\n", func, func + 1);
+  return true;
+}
+
+bool RefuseBeforeConfig(const AudioEqInternel* h, const char* func) {
+  if (h->is_eq_config_status != 0) return false;
+  ALGO_ERR(HandleLevel(h), "[%s]Fail! Need config before %s.\t\n", func, func + 1);
+  return true;
+}
+
 // Raw-audio dumps are not carried by this build: nothing to open or close.
 int DebugDumpDataInit(AudioEqInternel* /*h*/) { return 0; }
 void DebugDumpDataFree(AudioEqInternel* /*h*/) {}
@@ -171,15 +190,6 @@ int RunChannel(AudioEqInternel* h, short* pss_audio_in, int c) {
   return 0;
 }
 
-_AudioFilterConfig ToStageFilterConfig(const AudioFilterConfig* cfg) {
-  _AudioFilterConfig out;
-  out.type = (_EQ_FILTER_TYPE)(int)cfg->type;
-  out.f0 = cfg->f0;
-  out.Q_factor = cfg->q_factor;
-  out.gain = cfg->gain;
-  return out;
-}
-
 }  // namespace
 
 extern "C" {
@@ -206,16 +216,10 @@ EQ_HANDLE _ZebEq_Reset(char* working_buffer_address, AudioEqInit* eq_init) {
 }
 
 ALGO_EQ_RET _ZebEq_Config(EQ_HANDLE handle, AudioHpfConfig* hpf_config, AudioEqConfig* eq_config) {
-  if (handle == NULL) {
-    ALGO_ERR_ALWAYS("[%s]Fail! The eq handle is NULL.\t\n", __func__);
-    return ALGO_EQ_RET_INVALID_HANDLE;
-  }
-  AudioEqInternel* h = (AudioEqInternel*)handle;
+  AudioEqInternel* h = HandleOrReport(handle, __func__);
+  if (h == NULL) return ALGO_EQ_RET_INVALID_HANDLE;
   const int lv = HandleLevel(h);
-  if (h->is_eq_init_status == 0) {
-    ALGO_ERR(lv, "[%s]Fail! Need init before ZebEq_Config.\t\n", __func__);
-    return ALGO_EQ_RET_INVALID_CALLING;
-  }
+  if (RefuseBeforeInit(h, __func__)) return ALGO_EQ_RET_INVALID_CALLING;
   const int initRet = CheckInitParameter(&h->eq_init, lv);
   if (initRet != _ALGO_EQ_RET_SUCCESS) {
     ALGO_ERR(lv, "[%s]Fail! The eq init parameter error.\t\n", __func__);
@@ -272,10 +276,7 @@ ALGO_EQ_RET _ZebEq_GetConfig(EQ_HANDLE handle, AudioEqInit* eq_init, AudioHpfCon
                              AudioEqConfig* eq_config) {
   if (handle == NULL) return ALGO_EQ_RET_INVALID_HANDLE;
   AudioEqInternel* h = (AudioEqInternel*)handle;
-  if (h->is_eq_config_status == 0) {
-    ALGO_ERR(HandleLevel(h), "[%s]Fail! Need config before ZebEq_GetConfig.\t\n", __func__);
-    return ALGO_EQ_RET_INVALID_CALLING;
-  }
+  if (RefuseBeforeConfig(h, __func__)) return ALGO_EQ_RET_INVALID_CALLING;
   if (eq_init != NULL) {
     eq_init->channel = h->eq_init.channel;
     eq_init->point_number = h->eq_init.point_number;
@@ -295,20 +296,14 @@ ALGO_EQ_RET _ZebEq_GetConfig(EQ_HANDLE handle, AudioEqInit* eq_init, AudioHpfCon
 }
 
 ALGO_EQ_RET _ZebEq_Run(EQ_HANDLE handle, short int* pss_audio_in) {
-  if (handle == NULL) {
-    ALGO_ERR_ALWAYS("[%s]Fail! The eq handle is NULL.\t\n", __func__);
-    return ALGO_EQ_RET_INVALID_HANDLE;
-  }
-  AudioEqInternel* h = (AudioEqInternel*)handle;
+  AudioEqInternel* h = HandleOrReport(handle, __func__);
+  if (h == NULL) return ALGO_EQ_RET_INVALID_HANDLE;
   const int lv = HandleLevel(h);
   if (h->check_number != ALGO_CHECK_NUMBER) {
     ALGO_ERR(lv, "[%s]Fail! The eq handle is dirty in ZebEq_Run.\t\n", __func__);
     return ALGO_EQ_RET_INVALID_HANDLE;
   }
-  if (h->is_eq_config_status == 0) {
-    ALGO_ERR(lv, "[%s]Fail! Need config before ZebEq_Run.\t\n", __func__);
-    return ALGO_EQ_RET_INVALID_CALLING;
-  }
+  if (RefuseBeforeConfig(h, __func__)) return ALGO_EQ_RET_INVALID_CALLING;
   if (h->is_run_status != 0) return ALGO_EQ_RET_API_CONFLICT;
   if (pss_audio_in == NULL) {
     ALGO_ERR(lv, "[%s]Fail! Input data is NULL in ZebEq_Run.\t\n", __func__);
@@ -329,15 +324,9 @@ ALGO_EQ_RET _ZebEq_Run(EQ_HANDLE handle, short int* pss_audio_in) {
 }
 
 ALGO_EQ_RET _ZebEq_Free(EQ_HANDLE handle) {
-  if (handle == NULL) {
-    ALGO_ERR_ALWAYS("[%s]Fail! The eq handle is NULL.\t\n", __func__);
-    return ALGO_EQ_RET_INVALID_HANDLE;
-  }
-  AudioEqInternel* h = (AudioEqInternel*)handle;
-  if (h->is_eq_init_status == 0) {
-    ALGO_ERR(HandleLevel(h), "[%s]Fail! Need init before ZebEq_Free.\t\n", __func__);
-    return ALGO_EQ_RET_INVALID_CALLING;
-  }
+  AudioEqInternel* h = HandleOrReport(handle, __func__);
+  if (h == NULL) return ALGO_EQ_RET_INVALID_HANDLE;
+  if (RefuseBeforeInit(h, __func__)) return ALGO_EQ_RET_INVALID_CALLING;
   if (h->is_run_status != 0) return ALGO_EQ_RET_API_CONFLICT;
   h->is_run_status = 1;
   fft_Free(&h->FFT_workingBuff);
@@ -348,11 +337,8 @@ ALGO_EQ_RET _ZebEq_Free(EQ_HANDLE handle) {
 }
 
 ALGO_EQ_RET _ZebEq_FilterDesign(EQ_HANDLE handle, int filter_cnt, AudioFilterConfig* filter_config) {
-  if (handle == NULL) {
-    ALGO_ERR_ALWAYS("[%s]Fail! The eq handle is NULL.\t\n", __func__);
-    return ALGO_EQ_RET_INVALID_HANDLE;
-  }
-  AudioEqInternel* h = (AudioEqInternel*)handle;
+  AudioEqInternel* h = HandleOrReport(handle, __func__);
+  if (h == NULL) return ALGO_EQ_RET_INVALID_HANDLE;
   const int lv = HandleLevel(h);
   if (h->is_eq_init_status == 0) {
     ALGO_ERR(lv, "[%s]Fail! Need init before FilterDesign.\t\n", __func__);
@@ -362,23 +348,16 @@ ALGO_EQ_RET _ZebEq_FilterDesign(EQ_HANDLE handle, int filter_cnt, AudioFilterCon
     ALGO_ERR(lv, "[%s]Fail! The filter_config is NULL.\t\n", __func__);
     return ALGO_EQ_RET_FAILED;
   }
-  _AudioFilterConfig cfg = ToStageFilterConfig(filter_config);
-  if (FilterDesignConfigCheck(h->eq_inst[0], &cfg) != 0 ||
-      FilterGeneratr(h->eq_inst[0], filter_cnt, &cfg) != 0) {
+  if (EQ_DesignUserFilter(h->eq_inst, h->eq_init.channel, filter_cnt, filter_config) != 0) {
     return ALGO_EQ_RET_FAILED;
   }
-  // Channel 2 becomes a copy of channel 1: factors and delays included.
-  if (h->eq_init.channel == 2) *h->eq_inst[1] = *h->eq_inst[0];
   h->iir_enable = 1;
   return ALGO_EQ_RET_SUCCESS;
 }
 
 ALGO_EQ_RET _ZebEq_FilterApply(EQ_HANDLE handle, short int* pss_audio_in) {
-  if (handle == NULL) {
-    ALGO_ERR_ALWAYS("[%s]Fail! The eq handle is NULL.\t\n", __func__);
-    return ALGO_EQ_RET_INVALID_HANDLE;
-  }
-  AudioEqInternel* h = (AudioEqInternel*)handle;
+  AudioEqInternel* h = HandleOrReport(handle, __func__);
+  if (h == NULL) return ALGO_EQ_RET_INVALID_HANDLE;
   const int lv = HandleLevel(h);
   if (h->is_eq_init_status == 0) {
     ALGO_ERR_ALWAYS("[%s]Fail! Need init before FilterApply.\t\n", __func__);
@@ -405,33 +384,20 @@ ALGO_EQ_RET _ZebEq_FilterApply(EQ_HANDLE handle, short int* pss_audio_in) {
 }
 
 ALGO_EQ_RET _ZebEq_FilterFreqz(EQ_HANDLE handle, float* frequency_response) {
-  if (handle == NULL) {
-    ALGO_ERR_ALWAYS("[%s]Fail! The eq handle is NULL.\t\n", __func__);
-    return ALGO_EQ_RET_INVALID_HANDLE;
-  }
-  AudioEqInternel* h = (AudioEqInternel*)handle;
+  AudioEqInternel* h = HandleOrReport(handle, __func__);
+  if (h == NULL) return ALGO_EQ_RET_INVALID_HANDLE;
   if (frequency_response == NULL) {
     ALGO_ERR(HandleLevel(h), "[%s]Fail! The frequency_response is NULL.\t\n", __func__);
     return ALGO_EQ_RET_FAILED;
   }
-  memset(frequency_response, 0, sizeof(float) * EQ_FREQZ_POINTS);
-  EQinst_t* inst = h->eq_inst[0];
-  if (inst == NULL) return ALGO_EQ_RET_SUCCESS;  // never initialised: nothing designed
-  float tmp[EQ_FREQZ_POINTS];
-  for (int s = 0; s < EQ_MAX_BIQUADS; ++s) {
-    if (inst->filter_flag[s] != 1) continue;
-    SOS_freqz(inst, s, tmp);
-    for (int k = 0; k < EQ_FREQZ_POINTS; ++k) frequency_response[k] += tmp[k];
-  }
+  // A buffer never initialised has no instance: nothing designed, all 0.
+  EQ_SumDesignedResponses(h->eq_inst[0], frequency_response);
   return ALGO_EQ_RET_SUCCESS;
 }
 
 ALGO_EQ_RET _ZebEq_SetHandleId(EQ_HANDLE handle, int id) {
-  if (handle == NULL) {
-    ALGO_ERR_ALWAYS("[%s]Fail! The eq handle is NULL.\t\n", __func__);
-    return ALGO_EQ_RET_INVALID_HANDLE;
-  }
-  AudioEqInternel* h = (AudioEqInternel*)handle;
+  AudioEqInternel* h = HandleOrReport(handle, __func__);
+  if (h == NULL) return ALGO_EQ_RET_INVALID_HANDLE;
   const int lv = HandleLevel(h);
   if (id > EQ_MAX_DUMP_ID) {
     ALGO_WRN(lv, "[%s]Warning! The eq handle id exceed 100.\t\n", __func__);
@@ -446,11 +412,8 @@ ALGO_EQ_RET _ZebEq_SetHandleId(EQ_HANDLE handle, int id) {
 }
 
 ALGO_EQ_RET _ZebEq_EnableComfortNoise(EQ_HANDLE handle, int enable, int dB) {
-  if (handle == NULL) {
-    ALGO_ERR_ALWAYS("[%s]Fail! The eq handle is NULL.\t\n", __func__);
-    return ALGO_EQ_RET_INVALID_HANDLE;
-  }
-  AudioEqInternel* h = (AudioEqInternel*)handle;
+  AudioEqInternel* h = HandleOrReport(handle, __func__);
+  if (h == NULL) return ALGO_EQ_RET_INVALID_HANDLE;
   h->cng_enable = enable;
   CNG_SetFloorDb(h->cng_working_buffer[0], h->cng_working_buffer[1], h->eq_init.channel, dB);
   ALGO_MSG(HandleLevel(h), "[EQ] Comfort noise enable.\t\n");

@@ -4,6 +4,7 @@
 
 #include <math.h>
 #include <stddef.h>
+#include <string.h>
 
 #include "debug_msglevel.h"
 #include "zebaudio/zeb_eq.h"
@@ -137,6 +138,15 @@ void RunDirectFormII(EQinst_t* inst, int s, short* Y_in) {
   inst->x_states[2 * s + 1] = w2;
 }
 
+_AudioFilterConfig ToStageFilterConfig(const AudioFilterConfig* cfg) {
+  _AudioFilterConfig out;
+  out.type = (_EQ_FILTER_TYPE)(int)cfg->type;
+  out.f0 = cfg->f0;
+  out.Q_factor = cfg->q_factor;
+  out.gain = cfg->gain;
+  return out;
+}
+
 }  // namespace
 
 extern "C" {
@@ -236,6 +246,26 @@ int SOS_freqz(EQinst_t* inst, int filter_cnt, float* Frequency_response) {
   }
   ALGO_MSG(inst->dbg_level, "[Freqz] Get Filter %d frequency response successfully.\t\n", s + 1);
   return 0;
+}
+
+int EQ_DesignUserFilter(EQinst_t** eq, unsigned int channels, int filter_cnt, const AudioFilterConfig* filter_config) {
+  _AudioFilterConfig cfg = ToStageFilterConfig(filter_config);
+  if (FilterDesignConfigCheck(eq[0], &cfg) != 0 || FilterGeneratr(eq[0], filter_cnt, &cfg) != 0) {
+    return -1;
+  }
+  if (channels == 2) *eq[1] = *eq[0];
+  return 0;
+}
+
+void EQ_SumDesignedResponses(EQinst_t* inst, float* frequency_response) {
+  memset(frequency_response, 0, sizeof(float) * EQ_FREQZ_POINTS);
+  if (inst == NULL) return;
+  float section[EQ_FREQZ_POINTS];
+  for (int s = 0; s < EQ_MAX_BIQUADS; ++s) {
+    if (inst->filter_flag[s] != 1) continue;
+    SOS_freqz(inst, s, section);
+    for (int k = 0; k < EQ_FREQZ_POINTS; ++k) frequency_response[k] += section[k];
+  }
 }
 
 }  // extern "C"
