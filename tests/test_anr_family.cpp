@@ -13,31 +13,18 @@
 #include <vector>
 
 #include "AudioAnrProcess.h"
-#include "ComfortNoise.h"
 #include "test_support.h"
 #include "zebaudio/zeb_anr.h"
 
 namespace {
 
 using zebtest::CaptureStdout;
+using zebtest::Err;
+using zebtest::Msg;
+using zebtest::Wrn;
+using Level = zebtest::ScopedLevel;
 
 constexpr int kFrame = 128;
-
-std::string Err(const std::string& body) { return "[ALGO_MSG_ERR] " + body; }
-std::string Wrn(const std::string& body) { return "[ALGO_MSG_WRN] " + body; }
-std::string Msg(const std::string& body) { return "[ALGO_MSG_MSG] " + body; }
-
-// The message level of the handles made in one scope.
-class Level {
- public:
-  explicit Level(int level)
-      : file_("{\"debug_level\": " + std::to_string(level) + "}"),
-        env_("DML_PATH", file_.path().c_str()) {}
-
- private:
-  zebtest::TempFile file_;
-  zebtest::ScopedEnv env_;
-};
 
 AudioAnrConfig Config(int filterMode = 0) {
   AudioAnrConfig c = {};
@@ -71,11 +58,9 @@ struct Anr {
   }
 };
 
-size_t RoundUp(size_t bytes) { return (bytes + sizeof(void*) - 1) / sizeof(void*) * sizeof(void*); }
-
 // ================================================================ carve ==
 
-TEST(AnrBuffer, CarveFollowsTheLayoutAndFillsTheBuffer) {
+TEST(AnrBuffer, EveryPartLiesInsideTheBufferAndTheTransformEndsIt) {
   Level lv(1);
   Anr a;
   ASSERT_TRUE(a.Init(16000, 2));
@@ -83,25 +68,14 @@ TEST(AnrBuffer, CarveFollowsTheLayoutAndFillsTheBuffer) {
   const size_t size = ZebAnr_GetBufferSize();
   AudioAnrInternel* h = a.rec();
   EXPECT_EQ(static_cast<void*>(h), static_cast<void*>(base));
-  char* nr0 = base + RoundUp(sizeof(AudioAnrInternel));
-  EXPECT_EQ(reinterpret_cast<char*>(h->nr_inst[0]), nr0);
-  EXPECT_EQ(reinterpret_cast<char*>(h->nr_inst[1]), nr0 + RoundUp(sizeof(NSinst_t)));
-  EXPECT_EQ(reinterpret_cast<char*>(h->nr_inst[0]->NRInternalWorkBuf),
-            nr0 + 2 * RoundUp(sizeof(NSinst_t)));
-  EXPECT_EQ(reinterpret_cast<char*>(h->nr_inst[1]->InternalParams),
-            reinterpret_cast<char*>(h->nr_inst[0]->InternalParams) + RoundUp(sizeof(NSCJsoninst_t)));
-  // The transform's state is the last block and ends the buffer.
-  EXPECT_EQ(reinterpret_cast<char*>(h->FFT_workingBuff.fft_Ne10_cfg) + RoundUp(FFT_GetBufferSize(256)),
-            base + size);
-  EXPECT_EQ(reinterpret_cast<char*>(h->postInfo) + RoundUp(sizeof(postInfo_t)),
-            reinterpret_cast<char*>(h->FFT_workingBuff.fft_Ne10_cfg));
-  EXPECT_EQ(reinterpret_cast<char*>(h->cng_working_buffer[1]),
-            reinterpret_cast<char*>(h->cng_working_buffer[0]) + RoundUp(sizeof(cng_t)));
-  const void* ptrs[] = {h->nr_inst[0]->NNStateWorkBuf, h->nr_inst[1]->nnlayer_buf,
-                        h->nr_inst[0]->gru_state_buff, h->nr_inst[1]->common,
-                        h->nr_inst[1]->common->kfft,   h->nr_inst[0]->common->kfft->twiddles,
-                        h->nr_inst[1]->common->kfft->bitrev, h->nr_inst[0]->SRCInputWorkBuf_ptr,
-                        h->nr_inst[1]->SRCOutputWorkBuf_ptr, h->cng_working_buffer[0]};
+  const size_t fft = (FFT_GetBufferSize(256) + sizeof(void*) - 1) / sizeof(void*) * sizeof(void*);
+  EXPECT_EQ(reinterpret_cast<char*>(h->FFT_workingBuff.fft_Ne10_cfg) + fft, base + size);
+  const void* ptrs[] = {h->nr_inst[0], h->nr_inst[1], h->nr_inst[0]->NRInternalWorkBuf,
+                        h->nr_inst[1]->InternalParams, h->nr_inst[0]->NNStateWorkBuf, h->nr_inst[1]->nnlayer_buf,
+                        h->nr_inst[0]->gru_state_buff, h->nr_inst[1]->common, h->nr_inst[1]->common->kfft,
+                        h->nr_inst[0]->common->kfft->twiddles, h->nr_inst[1]->common->kfft->bitrev,
+                        h->nr_inst[0]->SRCInputWorkBuf_ptr, h->nr_inst[1]->SRCOutputWorkBuf_ptr, h->postInfo,
+                        h->cng_working_buffer[0], h->cng_working_buffer[1]};
   for (const void* p : ptrs) {
     const char* c = static_cast<const char*>(p);
     EXPECT_GT(c, base);
@@ -143,13 +117,6 @@ TEST(AnrInit, MonoMessagesInOrder) {
   // A mono stream leaves the second reducer uninitialised.
   EXPECT_EQ(a.rec()->nr_inst[1]->initFlag, 0);
   EXPECT_EQ(a.rec()->nr_inst[1]->dbg_level, 0);
-  EXPECT_EQ(a.rec()->nr_inst[0]->dbg_level, 7);
-  EXPECT_EQ(a.rec()->check_number, 0x30513057);
-  EXPECT_EQ(a.rec()->input_index[0], 128);
-  EXPECT_EQ(a.rec()->input_index[1], 128);
-  EXPECT_EQ(a.rec()->is_anr_init_status, 1);
-  EXPECT_EQ(a.rec()->is_anr_config_status, 0);
-  EXPECT_EQ(a.rec()->FFT_workingBuff.is_fft_init, 1);
 }
 
 TEST(AnrInit, BadStreamParametersAreRefusedAfterClearing) {
@@ -443,24 +410,6 @@ TEST(AnrAux, EnhanceNNBFModeExistsOnlyAsAStub) {
   EXPECT_EQ(ret, ALGO_ANR_RET_SUCCESS);
 }
 
-TEST(AnrAux, HandleIdIsLimitedToZeroToHundred) {
-  Level lv(7);
-  Anr a;
-  ASSERT_TRUE(a.Init(16000, 1));
-  const std::string fn = "[_ZebAnr_SetHandleId]";
-  EXPECT_EQ(CaptureStdout([&] { EXPECT_EQ(ZebAnr_SetHandleId(a.h, 101), ALGO_ANR_RET_SUCCESS); }),
-            Wrn(fn + "Warning! The anr handle id exceed 100.\t\n") +
-                Msg(fn + "Set the anr handle id as 100.\t\n"));
-  EXPECT_EQ(a.rec()->dump_id, 100);
-  EXPECT_EQ(CaptureStdout([&] { ZebAnr_SetHandleId(a.h, -1); }),
-            Wrn(fn + "Warning! The anr handle id is negative number.\t\n") +
-                Msg(fn + "Set the anr handle id as 0.\t\n"));
-  EXPECT_EQ(a.rec()->dump_id, 0);
-  ZebAnr_SetHandleId(a.h, 42);
-  EXPECT_EQ(a.rec()->dump_id, 42);
-  EXPECT_EQ(ZebAnr_SetHandleId(nullptr, 3), ALGO_ANR_RET_INVALID_HANDLE);
-}
-
 TEST(AnrAux, TuningFileEntryPointsReportTheirFailures) {
   Level lv(1);
   unsigned int size = 1;
@@ -486,24 +435,6 @@ TEST(AnrAux, TuningFileEntryPointsReportTheirFailures) {
             Err("[_ZebAnr_ReadJson]Fail! Channel 1 read json file error.\t\n"));
   EXPECT_EQ(ret, ALGO_ANR_RET_INVALID_HANDLE);
   EXPECT_EQ(ZebAnr_ReadJson(nullptr, buffer, missing, 16), ALGO_ANR_RET_INVALID_HANDLE);
-}
-
-TEST(AnrAux, ComfortNoiseFloorIsWrittenEvenWhenDisabled) {
-  Level lv(7);
-  Anr a;
-  ASSERT_TRUE(a.Init(16000, 2));
-  std::string out;
-  out = CaptureStdout([&] { EXPECT_EQ(ZebAnr_EnableComfortNoise(a.h, 0, -60), ALGO_ANR_RET_SUCCESS); });
-  EXPECT_EQ(out, Msg("[ANR] Comfort noise enable.\t\n"));
-  const float p = (float)std::pow(10.0, (-60.0 + 24.21) / 10.0);
-  EXPECT_EQ(a.rec()->cng_enable, 0);
-  for (int ch = 0; ch < 2; ++ch) {
-    EXPECT_EQ(a.rec()->cng_working_buffer[ch]->dMinPow[0], p) << ch;
-    EXPECT_EQ(a.rec()->cng_working_buffer[ch]->dMinPow[128], p) << ch;
-  }
-  ZebAnr_EnableComfortNoise(a.h, 1, 0);
-  EXPECT_EQ(a.rec()->cng_enable, 1);
-  EXPECT_EQ(ZebAnr_EnableComfortNoise(nullptr, 1, 0), ALGO_ANR_RET_INVALID_HANDLE);
 }
 
 TEST(AnrAux, AutoSmoothReachesEveryChannel) {
