@@ -550,8 +550,8 @@ KOL_HANDLE _ZebKol_Init(const char* working_buffer_address, AudioProcessInit* au
     ALGO_ERR(lv, "[KOL]Fail! The AudioKolBufferConfig structure is NULL.\t\n");
     return NULL;
   }
-  if ((uintptr_t)working_buffer_address % sizeof(void*) != 0) {
-    ALGO_ERR(lv, "[KOL]Fail! The working_buffer_address is not aligned to %d bytes.\t\n", (int)sizeof(void*));
+  if ((uintptr_t)working_buffer_address % kWorkBlockAlignBytes != 0) {
+    ALGO_ERR(lv, "[KOL]Fail! The working_buffer_address is not aligned to %d bytes.\t\n", (int)kWorkBlockAlignBytes);
     return NULL;
   }
   ALGO_MSG(lv, "[KOL]FFT mode: floating point mode.\t\n");

@@ -222,8 +222,8 @@ AGC_HANDLE _ZebAgc_Init(char* working_buffer_address, AudioAgcInit* agc_init) {
     ALGO_ERR(lv, "[AGC]Fail! The workingBufferAddress or agc_init is NULL\t\n");
     return NULL;
   }
-  if ((uintptr_t)working_buffer_address % sizeof(void*) != 0) {
-    ALGO_ERR(lv, "[AGC]Fail! The workingBufferAddress is not aligned to %d bytes\t\n", (int)sizeof(void*));
+  if ((uintptr_t)working_buffer_address % kWorkBlockAlignBytes != 0) {
+    ALGO_ERR(lv, "[AGC]Fail! The workingBufferAddress is not aligned to %d bytes\t\n", (int)kWorkBlockAlignBytes);
     return NULL;
   }
   ALGO_MSG(lv, "[AGC]FFT mode: floating point mode\r\n");

@@ -103,6 +103,26 @@ CoreSettings SettingsFrom(const _AudioAgcConfig* c) {
           kDefaultNoiseGateDb, 1, 1, kInitDropGainMaxHalfDb, 1};
 }
 
+// The public settings and the core's copy hold the same fields under the
+// same names and types; one copy serves both directions.
+template <typename Dst, typename Src>
+void CopyConfigFields(Dst* dst, const Src* src) {
+  dst->agc_enable = src->agc_enable;
+  dst->user_mode = src->user_mode;
+  dst->gain_info.gain_max = src->gain_info.gain_max;
+  dst->gain_info.gain_min = src->gain_info.gain_min;
+  dst->gain_info.gain_init = src->gain_info.gain_init;
+  dst->drop_gain_max = src->drop_gain_max;
+  dst->attack_time = src->attack_time;
+  dst->release_time = src->release_time;
+  memcpy(dst->compression_ratio_input, src->compression_ratio_input, sizeof(dst->compression_ratio_input));
+  memcpy(dst->compression_ratio_output, src->compression_ratio_output, sizeof(dst->compression_ratio_output));
+  dst->drop_gain_threshold = src->drop_gain_threshold;
+  dst->noise_gate_db = src->noise_gate_db;
+  dst->noise_gate_attenuation_db = src->noise_gate_attenuation_db;
+  dst->gain_step = src->gain_step;
+}
+
 }  // namespace
 
 extern "C" {
@@ -543,39 +563,9 @@ void AGC_CopyInitRecord(_AudioAgcInit* dst, const AudioAgcInit* src) {
   dst->sample_rate = (int)src->sample_rate;
 }
 
-void AGC_CopyUserConfig(_AudioAgcConfig* dst, const AudioAgcConfig* src) {
-  dst->agc_enable = src->agc_enable;
-  dst->user_mode = src->user_mode;
-  dst->gain_info.gain_max = src->gain_info.gain_max;
-  dst->gain_info.gain_min = src->gain_info.gain_min;
-  dst->gain_info.gain_init = src->gain_info.gain_init;
-  dst->drop_gain_max = src->drop_gain_max;
-  dst->attack_time = src->attack_time;
-  dst->release_time = src->release_time;
-  memcpy(dst->compression_ratio_input, src->compression_ratio_input, sizeof(dst->compression_ratio_input));
-  memcpy(dst->compression_ratio_output, src->compression_ratio_output, sizeof(dst->compression_ratio_output));
-  dst->drop_gain_threshold = src->drop_gain_threshold;
-  dst->noise_gate_db = src->noise_gate_db;
-  dst->noise_gate_attenuation_db = src->noise_gate_attenuation_db;
-  dst->gain_step = src->gain_step;
-}
+void AGC_CopyUserConfig(_AudioAgcConfig* dst, const AudioAgcConfig* src) { CopyConfigFields(dst, src); }
 
-void AGC_CopyUserConfigOut(AudioAgcConfig* dst, const _AudioAgcConfig* src) {
-  dst->agc_enable = src->agc_enable;
-  dst->user_mode = src->user_mode;
-  dst->gain_info.gain_max = src->gain_info.gain_max;
-  dst->gain_info.gain_min = src->gain_info.gain_min;
-  dst->gain_info.gain_init = src->gain_info.gain_init;
-  dst->drop_gain_max = src->drop_gain_max;
-  dst->attack_time = src->attack_time;
-  dst->release_time = src->release_time;
-  memcpy(dst->compression_ratio_input, src->compression_ratio_input, sizeof(dst->compression_ratio_input));
-  memcpy(dst->compression_ratio_output, src->compression_ratio_output, sizeof(dst->compression_ratio_output));
-  dst->drop_gain_threshold = src->drop_gain_threshold;
-  dst->noise_gate_db = src->noise_gate_db;
-  dst->noise_gate_attenuation_db = src->noise_gate_attenuation_db;
-  dst->gain_step = src->gain_step;
-}
+void AGC_CopyUserConfigOut(AudioAgcConfig* dst, const _AudioAgcConfig* src) { CopyConfigFields(dst, src); }
 
 void AGC_ProcessFrameBlocks(AGCinst_t* inst, postInfo_t* post, short* history, float* buf, float* tail,
                             short* frame, unsigned int channels, int ch, int startFlag) {
