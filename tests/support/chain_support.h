@@ -38,11 +38,11 @@ struct Chain {
     sw.agc_enable = agcBuf;
     init = {128u, channels, static_cast<ZEB_KOL_SAMPLE_RATE>(rateHz)};
     work.assign(ZebKol_GetBufferSize(&sw) / sizeof(void*) + 1, nullptr);
-    Reset();
+    Init();
   }
   char* buffer() { return reinterpret_cast<char*>(work.data()); }
   AudioKolInternel* h() const { return static_cast<AudioKolInternel*>(kol); }
-  KOL_HANDLE Reset() {
+  KOL_HANDLE Init() {
     CaptureStdout([&] { kol = ZebKol_Init(buffer(), &init, &sw); });
     return kol;
   }
