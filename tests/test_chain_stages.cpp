@@ -7,27 +7,16 @@
 #include <random>
 #include <vector>
 
-#include "AudioProcess.h"
+#include "chain_support.h"
 #include "nr_core.h"
-#include "test_support.h"
-#include "zebaudio.h"
 
 namespace {
 
 constexpr int kFrame = 128;
 
-struct Settings {
-  AudioAnrConfig anr;
-  AudioEqConfig eq;
-  AudioHpfConfig hpf;
-  AudioAgcConfig agc;
-  Settings() {
-    std::memset(&anr, 0, sizeof(anr));
-    std::memset(&eq, 0, sizeof(eq));
-    std::memset(&hpf, 0, sizeof(hpf));
-    std::memset(&agc, 0, sizeof(agc));
-  }
-};
+using Settings = zebtest::ChainRecords;
+using zebtest::Db;
+using zebtest::Rms;
 
 void DefaultNoiseReduction(AudioAnrConfig& a) {
   a.anr_enable = 1;
@@ -52,49 +41,12 @@ void LevellingAgc(AudioAgcConfig& c, unsigned mode) {
   c.gain_step = 1;
 }
 
-class Chain {
- public:
-  Chain(int rate, unsigned channels, const Settings& s) : rate_(rate), channels_(channels) {
-    std::memset(&sw_, 0, sizeof(sw_));
-    sw_.anr_enable = sw_.eq_enable = sw_.agc_enable = 1;
-    AudioProcessInit init = {kFrame, channels, static_cast<ZEB_KOL_SAMPLE_RATE>(rate)};
-    work_.assign(ZebKol_GetBufferSize(&sw_) / sizeof(void*) + 1, nullptr);
-    Settings copy = s;
-    zebtest::CaptureStdout([&] {
-      kol_ = ZebKol_Init(reinterpret_cast<char*>(work_.data()), &init, &sw_);
-      config_ = ZebKol_Config(kol_, &copy.anr, &copy.eq, &copy.hpf, nullptr, nullptr, &copy.agc);
-    });
-  }
+// A chain with memory for every stage, configured with the records.
+struct Chain : zebtest::Chain {
+  Chain(int rate, unsigned channels, const Settings& s) : zebtest::Chain(rate, channels) { config_ = Config(s); }
   ALGO_KOL_RET config() const { return config_; }
-  KOL_HANDLE kol() const { return kol_; }
-  AudioKolInternel* h() const { return static_cast<AudioKolInternel*>(kol_); }
-
-  std::vector<short> Run(const std::vector<short>& in) {
-    std::vector<short> out(in);
-    for (size_t off = 0; off + kFrame * channels_ <= out.size(); off += kFrame * channels_) {
-      EXPECT_EQ(ZebKol_Run(kol_, out.data() + off), ALGO_KOL_RET_SUCCESS);
-    }
-    return out;
-  }
-
- private:
-  int rate_;
-  unsigned channels_;
-  AudioKolBufferConfig sw_;
-  std::vector<void*> work_;
-  KOL_HANDLE kol_ = nullptr;
-  ALGO_KOL_RET config_ = ALGO_KOL_RET_FAILED;
+  ALGO_KOL_RET config_;
 };
-
-// RMS over [from, to) of one channel of an interleaved signal.
-double Rms(const std::vector<short>& x, size_t from, size_t to, unsigned channels = 1, unsigned ch = 0) {
-  double e = 0;
-  size_t n = 0;
-  for (size_t i = from * channels + ch; i < to * channels; i += channels, ++n) e += double(x[i]) * x[i];
-  return std::sqrt(e / std::max<size_t>(n, 1));
-}
-
-double Db(double ratio) { return 20.0 * std::log10(ratio); }
 
 TEST(ChainEq, ZeroGainsAreTheAllOffPath) {
   std::mt19937 rng(zebtest::TestSeed());
@@ -217,12 +169,12 @@ TEST(ChainNoiseReduction, TapCarriesTheDenoisedFrameAndSpeechProbability) {
   int prob = -1;
   for (size_t off = 0; off < noisy.size(); off += kFrame) {
     std::vector<short> frame(noisy.begin() + off, noisy.begin() + off + kFrame);
-    ASSERT_EQ(ZebKol_Run(c.kol(), frame.data()), ALGO_KOL_RET_SUCCESS);
+    ASSERT_EQ(ZebKol_Run(c.kol, frame.data()), ALGO_KOL_RET_SUCCESS);
     short tap[kFrame];
-    ASSERT_EQ(ZebKol_GetNrResult(c.kol(), tap), ALGO_KOL_RET_SUCCESS);
+    ASSERT_EQ(ZebKol_GetNrResult(c.kol, tap), ALGO_KOL_RET_SUCCESS);
     // Nothing follows the reducer here, so the tap is the output itself.
     ASSERT_EQ(0, std::memcmp(tap, frame.data(), sizeof(tap))) << "frame " << off / kFrame;
-    ASSERT_EQ(ZebKol_GetVadOut(c.kol(), &prob), ALGO_KOL_RET_SUCCESS);
+    ASSERT_EQ(ZebKol_GetVadOut(c.kol, &prob), ALGO_KOL_RET_SUCCESS);
   }
   EXPECT_GE(prob, 0);
 }
@@ -251,7 +203,7 @@ TEST(ChainNoiseReduction, ModeZeroExtraBinLandsBehindEachChannelsSpectrum) {
   h->nr_inst[1]->frequency_buffer_output[129].re = 3.0f;  // make the spill visible
   h->nr_inst[1]->frequency_buffer_output[129].im = 5.0f;
   std::vector<short> frame = zebtest::Tone(16000, 500.0f, 3000.0f, 1, 2);
-  ASSERT_EQ(ZebKol_Run(c.kol(), frame.data()), ALGO_KOL_RET_SUCCESS);
+  ASSERT_EQ(ZebKol_Run(c.kol, frame.data()), ALGO_KOL_RET_SUCCESS);
   EXPECT_EQ(h->fft_in_positive_max, 3.0f);
   EXPECT_EQ(h->ifft_out_half_prev_2ch[0][0], 5.0f);
 }
