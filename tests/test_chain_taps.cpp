@@ -1,52 +1,34 @@
 // Chain taps and small auxiliaries: NR and NR+EQ result taps, the echo
-// reference entry, GetConfig, handle id and the beam-forming switch.
+// reference entry, GetConfig and the beam-forming switch.
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <cstring>
+#include <memory>
 #include <vector>
 
-#include "AudioProcess.h"
+#include "chain_support.h"
 #include "nr_core.h"
-#include "test_support.h"
-#include "zebaudio.h"
 
 namespace {
 
 constexpr int kFrame = 128;
 
-struct Records {
-  AudioAnrConfig anr;
-  AudioEqConfig eq;
-  AudioHpfConfig hpf;
-  AudioAgcConfig agc;
-  Records() {
-    std::memset(this, 0, sizeof(*this));
-  }
-};
+using Records = zebtest::ChainRecords;
 
+// A 16 kHz chain with or without noise-reduction and EQ memory.
 class Taps : public ::testing::Test {
  protected:
   void Make(unsigned anrBuf, unsigned eqBuf, unsigned channels = 1) {
-    std::memset(&sw_, 0, sizeof(sw_));
-    sw_.anr_enable = anrBuf;
-    sw_.eq_enable = eqBuf;
-    init_ = {kFrame, channels, ZEB_KOL_SAMPLE_RATE_16000};
-    work_.assign(ZebKol_GetBufferSize(&sw_) / sizeof(void*) + 1, nullptr);
-    zebtest::CaptureStdout([&] { kol_ = ZebKol_Init(reinterpret_cast<char*>(work_.data()), &init_, &sw_); });
+    chain_.reset(new zebtest::Chain(16000, channels, anrBuf, eqBuf, 0));
+    kol_ = chain_->kol;
     ASSERT_NE(kol_, nullptr);
   }
-  ALGO_KOL_RET Config(Records& r) {
-    ALGO_KOL_RET ret = ALGO_KOL_RET_FAILED;
-    zebtest::CaptureStdout([&] { ret = ZebKol_Config(kol_, &r.anr, &r.eq, &r.hpf, nullptr, nullptr, &r.agc); });
-    return ret;
-  }
-  AudioKolInternel* h() { return static_cast<AudioKolInternel*>(kol_); }
+  ALGO_KOL_RET Config(Records& r) { return chain_->Config(r); }
+  AudioKolInternel* h() { return chain_->h(); }
 
-  zebtest::ScopedEnv env_{"DML_PATH", "/nonexistent/zebaudio-level.json"};
-  AudioKolBufferConfig sw_;
-  AudioProcessInit init_;
-  std::vector<void*> work_;
+  zebtest::ScopedEnv env_{"DML_PATH", zebtest::kNoLevelFile};
+  std::unique_ptr<zebtest::Chain> chain_;
   KOL_HANDLE kol_ = nullptr;
 };
 
@@ -116,7 +98,7 @@ TEST_F(Taps, GetConfigRoundTripAndWarnings) {
   Make(1, 1);
   Records r;
   EXPECT_EQ(zebtest::CaptureStdout([&] {
-              EXPECT_EQ(ZebKol_GetConfig(kol_, &init_, &r.anr, &r.eq, &r.hpf, nullptr, nullptr, &r.agc),
+              EXPECT_EQ(ZebKol_GetConfig(kol_, &chain_->init, &r.anr, &r.eq, &r.hpf, nullptr, nullptr, &r.agc),
                         ALGO_KOL_RET_INVALID_CALLING);
             }),
             "[ALGO_MSG_ERR] [_ZebKol_GetConfig]Fail! Need config before ZebKol_GetConfig.\t\n");
@@ -141,19 +123,6 @@ TEST_F(Taps, GetConfigRoundTripAndWarnings) {
             "[ALGO_MSG_ERR] [_ZebKol_GetConfig]Fail! The kol handle is NULL.\t\n");
 }
 
-TEST_F(Taps, HandleIdIsClampedToZeroToHundred) {
-  Make(0, 0);
-  EXPECT_EQ(zebtest::CaptureStdout([&] { EXPECT_EQ(ZebKol_SetHandleId(kol_, 101), ALGO_KOL_RET_SUCCESS); }),
-            "[ALGO_MSG_WRN] [_ZebKol_SetHandleId]Warning! The kol handle id exceed 100.\t\n"
-            "[ALGO_MSG_MSG] [_ZebKol_SetHandleId]Set the kol handle id as 100.\t\n");
-  EXPECT_EQ(h()->dump_id, 100);
-  zebtest::CaptureStdout([&] { EXPECT_EQ(ZebKol_SetHandleId(kol_, -4), ALGO_KOL_RET_SUCCESS); });
-  EXPECT_EQ(h()->dump_id, 0);
-  zebtest::CaptureStdout([&] { ZebKol_SetHandleId(kol_, 42); });
-  EXPECT_EQ(h()->dump_id, 42);
-  EXPECT_EQ(ZebKol_SetHandleId(nullptr, 1), ALGO_KOL_RET_INVALID_HANDLE);
-}
-
 TEST_F(Taps, BeamFormingSwitchChangesNothing) {
   Make(1, 0);
   int bf = 0;
@@ -163,11 +132,10 @@ TEST_F(Taps, BeamFormingSwitchChangesNothing) {
   EXPECT_EQ(zebtest::CaptureStdout([&] { EXPECT_EQ(ZebKol_EnhanceNNBFMode(kol_, &bf, 1), ALGO_KOL_RET_FAILED); }),
             "[ALGO_MSG_ERR] [_ZebKol_EnhanceNNBFMode]Fail! The nr module should be opened.\t\n");
   h()->anr_config.anr_enable = 1;
-  std::vector<char> before(reinterpret_cast<char*>(work_.data()),
-                           reinterpret_cast<char*>(work_.data()) + sizeof(AudioKolInternel));
+  std::vector<char> before(chain_->buffer(), chain_->buffer() + sizeof(AudioKolInternel));
   EXPECT_EQ(zebtest::CaptureStdout([&] { EXPECT_EQ(ZebKol_EnhanceNNBFMode(kol_, &bf, 1), ALGO_KOL_RET_SUCCESS); }),
             "[ALGO_MSG_WRN] [_ZebKol_EnhanceNNBFMode]Warning! Current lib does not contain EnhanceNNBF mode.\t\n");
-  EXPECT_EQ(0, std::memcmp(before.data(), work_.data(), before.size()));
+  EXPECT_EQ(0, std::memcmp(before.data(), chain_->buffer(), before.size()));
 }
 
 }  // namespace
