@@ -1,5 +1,5 @@
-// Real FFT layer: ORB_rdft contract, plan tables, state layout, and the
-// agreement of the scalar and 4-lane kernel forms.
+// Real FFT layer: both kernel forms against a plain DFT in double, their
+// bitwise agreement, the ORB_rdft contract, plan factors and state memory.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -176,25 +176,12 @@ TEST(FftPlan, FactorRule) {
   EXPECT_EQ(ne10_factor(-4, facbuf, 0), -1);
 }
 
-TEST(FftPlan, StateLiesInsideCallerMemoryInTheStatedOrder) {
+TEST(FftPlan, StateLiesInsideCallerMemory) {
   StateMemory memory(kFrameFft);
   unsigned char* st = static_cast<unsigned char*>(memory.start());
   ne10_fft_r2c_cfg_float32_t cfg = ne10_fft_alloc_r2c_float32(st, kFrameFft);
   ASSERT_EQ((void*)cfg, (void*)st);
   EXPECT_EQ(cfg->nfft, kFrameFft);
-
-  const size_t header = std::max<size_t>(36, sizeof(ne10_fft_r2c_state_float32_t));
-  const uintptr_t buffer = ((uintptr_t)st + header + 7) & ~(uintptr_t)7;
-  EXPECT_EQ((uintptr_t)cfg->buffer, buffer);
-  EXPECT_EQ(cfg->r_twiddles, cfg->buffer + kFrameFft);
-  EXPECT_EQ((void*)cfg->r_factors, (void*)(cfg->r_twiddles + kFrameFft));
-  EXPECT_EQ((void*)cfg->r_twiddles_neon, (void*)(cfg->r_factors + 64));
-  EXPECT_EQ((void*)cfg->r_factors_neon, (void*)(cfg->r_twiddles_neon + kFrameFft / 4));
-  EXPECT_EQ((void*)cfg->r_super_twiddles_neon, (void*)(cfg->r_factors_neon + 64));
-  // Plan 256 = 4*4*4*4 has 3 twiddled stages (12 + 48 + 192), plan 64 two (12 + 48).
-  EXPECT_EQ(cfg->r_twiddles_backward, cfg->r_twiddles + 252);
-  EXPECT_EQ(cfg->r_twiddles_neon_backward, cfg->r_twiddles_neon + 60);
-
   const unsigned char* end = st + memory.sizeBytes;
   const void* parts[] = {cfg->buffer,          cfg->r_twiddles,     cfg->r_factors,
                          cfg->r_twiddles_neon, cfg->r_factors_neon, cfg->r_super_twiddles_neon};
@@ -220,51 +207,6 @@ TEST(FftPlan, AllocRefusesNullAndBuildsNoTablesBelowSixteen) {
   EXPECT_TRUE(memory.guardIntact());
 }
 
-void ExpectTwiddle(const ne10_fft_cpx_float32_t& w, double phase, const char* what, int index) {
-  EXPECT_NEAR(w.r, std::cos(phase), 1e-7) << what << " " << index;
-  EXPECT_NEAR(w.i, std::sin(phase), 1e-7) << what << " " << index;
-}
-
-TEST(FftPlan, TwiddleTablesHoldTheStatedRoots) {
-  Plan plan(kFrameFft);
-  ASSERT_NE(plan.cfg, nullptr);
-  // Transposed table of the 64-point plan: stage (mstride 4, fstride 4) at
-  // 0, stage (mstride 16, fstride 1) at 12; entry j*3 + k-1.
-  const ne10_fft_cpx_float32_t* tq = plan.cfg->r_twiddles_neon;
-  for (int j : {0, 1, 3})
-    for (int k = 1; k < 4; ++k) ExpectTwiddle(tq[j * 3 + k - 1], -kTwoPi * 4 * k * j / 64, "q", j);
-  for (int j : {1, 5, 15})
-    for (int k = 1; k < 4; ++k)
-      ExpectTwiddle(tq[12 + j * 3 + k - 1], -kTwoPi * k * j / 64, "q", 12 + j);
-  // Plain table of the 256-point plan: bases 0, 12, 60; entry mstride*(k-1) + j.
-  const ne10_fft_cpx_float32_t* tp = plan.cfg->r_twiddles;
-  ExpectTwiddle(tp[4 * 2 + 3], -kTwoPi * 16 * 3 * 3 / 256, "p", 11);
-  ExpectTwiddle(tp[12 + 16 * 1 + 7], -kTwoPi * 4 * 2 * 7 / 256, "p", 35);
-  ExpectTwiddle(tp[60 + 64 * 2 + 63], -kTwoPi * 3 * 63 / 256, "p", 251);
-  // Merging-stage twiddles, entry 12i + 4(j-1) + k = exp(-j 2 pi j (4i+k) / 256).
-  for (int i = 0; i < 8; ++i)
-    for (int j = 1; j <= 3; ++j)
-      for (int k = 0; k < 4; ++k) {
-        const ne10_fft_cpx_float32_t& w = plan.cfg->r_super_twiddles_neon[12 * i + 4 * (j - 1) + k];
-        const double phase = -kTwoPi * j * (4 * i + k) / 256;
-        EXPECT_NEAR(w.r, std::cos(phase), 2e-6);
-        EXPECT_NEAR(w.i, std::sin(phase), 2e-6);
-      }
-}
-
-TEST(FftPlan, OddFirstRadixStartsWithUnitAndItsRoots) {
-  int32_t factors[NE10_FACTOR_SLOTS];
-  ASSERT_EQ(ne10_factor(12, factors, 0), 0);  // 4 * 3
-  std::vector<ne10_fft_cpx_float32_t> tw(12);
-  const ne10_fft_cpx_float32_t* end =
-      ne10_fft_generate_twiddles_transposed_float32(tw.data(), factors, 12);
-  EXPECT_EQ(end, tw.data() + 12);
-  ExpectTwiddle(tw[0], 0.0, "odd", 0);
-  ExpectTwiddle(tw[1], -kTwoPi / 3, "odd", 1);
-  ExpectTwiddle(tw[2], -kTwoPi * 2 / 3, "odd", 2);
-  ExpectTwiddle(tw[3 + 2 * 3 + 1], -kTwoPi * 2 * 2 / 12, "odd", 10);  // j = 2, k = 2
-}
-
 // ---- Transform accuracy and lane forms ---------------------------------------
 
 TEST(FftTransform, BothFormsMatchDoubleDftAndRoundTrip) {
@@ -282,21 +224,6 @@ TEST(FftTransform, BothFormsMatchDoubleDftAndRoundTrip) {
       for (int t = 0; t < n; ++t) ASSERT_NEAR(back[t], x[t], tol) << "sample " << t;
     }
     EXPECT_TRUE(plan.memory.guardIntact());
-  }
-}
-
-TEST(FftTransform, InverseMatchesDoubleSynthesis) {
-  std::mt19937 rng(zebtest::TestSeed());
-  Plan plan(kFrameFft);
-  std::vector<float> bins = RandomSignal(rng, kFrameFloats, 1000.0f);
-  std::vector<float> x = Inverse(plan.cfg, bins, true);
-  for (int t = 0; t < kFrameFft; t += 7) {
-    double sum = bins[0] + ((t & 1) ? -bins[kFrameFft] : bins[kFrameFft]);
-    for (int k = 1; k < kFrameFft / 2; ++k)
-      sum += 2.0 * (std::complex<double>(bins[2 * k], bins[2 * k + 1]) *
-                    std::polar(1.0, kTwoPi * (double)(k * t % kFrameFft) / kFrameFft))
-                       .real();
-    EXPECT_NEAR(x[t], sum / kFrameFft, 1e-5 * 1000.0) << "sample " << t;
   }
 }
 
