@@ -6,12 +6,14 @@
 #include <cmath>
 #include <complex>
 #include <cstring>
+#include <memory>
 #include <random>
 #include <string>
 #include <vector>
 
 #include "AudioEqProcess.h"
 #include "AudioProcess.h"
+#include "chain_support.h"
 #include "eq_biquad.h"
 #include "eq_filter.h"
 #include "test_support.h"
@@ -20,12 +22,12 @@
 namespace {
 
 using zebtest::CaptureStdout;
+using zebtest::Err;
+using zebtest::Msg;
 
 constexpr int kFrame = 128;
 constexpr int kPoints = EQ_FREQZ_POINTS;
 
-std::string Err(const std::string& body) { return "[ALGO_MSG_ERR] " + body; }
-std::string Msg(const std::string& body) { return "[ALGO_MSG_MSG] " + body; }
 
 EQinst_t Fresh(int rateHz, int level = 7) {
   EQinst_t inst;
@@ -296,7 +298,7 @@ class EqFamilyFilters : public ::testing::Test {
     return h;
   }
   static AudioEqInternel* Rec(EQ_HANDLE h) { return static_cast<AudioEqInternel*>(h); }
-  zebtest::ScopedEnv env_{"DML_PATH", "/nonexistent/zeb_biquad_level.json"};
+  zebtest::ScopedEnv env_{"DML_PATH", zebtest::kNoLevelFile};
   std::vector<char> work_;
 };
 
@@ -375,21 +377,12 @@ TEST_F(EqFamilyFilters, FreqzSumsTheDesignedSections) {
 class ChainFilters : public ::testing::Test {
  protected:
   KOL_HANDLE Open(unsigned int channels, unsigned int eqSwitch) {
-    AudioKolBufferConfig sw;
-    std::memset(&sw, 0, sizeof(sw));
-    sw.eq_enable = eqSwitch;
-    AudioProcessInit init{kFrame, channels, ZEB_KOL_SAMPLE_RATE_16000};
-    work_.assign(ZebKol_GetBufferSize(&sw) / sizeof(void*) + 1, nullptr);
-    KOL_HANDLE h = nullptr;
-    CaptureStdout([&] { h = ZebKol_Init(reinterpret_cast<char*>(work_.data()), &init, &sw); });
-    if (h != nullptr && eqSwitch) {
-      EXPECT_EQ(Rec(h)->eq_inst[0]->sample_rate, 16000);
-    }
-    return h;
+    chain_.reset(new zebtest::Chain(16000, channels, 0, eqSwitch, 0));
+    return chain_->kol;
   }
   static AudioKolInternel* Rec(KOL_HANDLE h) { return static_cast<AudioKolInternel*>(h); }
-  zebtest::ScopedEnv env_{"DML_PATH", "/nonexistent/zeb_biquad_level.json"};
-  std::vector<void*> work_;
+  zebtest::ScopedEnv env_{"DML_PATH", zebtest::kNoLevelFile};
+  std::unique_ptr<zebtest::Chain> chain_;
 };
 
 TEST_F(ChainFilters, NullHandleAndMissingEqBufferAreRefused) {
