@@ -16,6 +16,8 @@
 namespace {
 
 using zebtest::CaptureStdout;
+using zebtest::Err;
+using zebtest::Wrn;
 
 constexpr int kAllLevels = 7;
 
@@ -50,8 +52,6 @@ _AudioAnrConfig UserConfig() {
   return c;
 }
 
-std::string Err(const std::string& body) { return "[ALGO_MSG_ERR] " + body; }
-std::string Wrn(const std::string& body) { return "[ALGO_MSG_WRN] " + body; }
 
 uint32_t WordOf(const int& cell) {
   uint32_t u;
@@ -61,74 +61,19 @@ uint32_t WordOf(const int& cell) {
 
 // ========================================================= initial state ==
 
-TEST(NrInit, NullInstanceIsRefused) {
+TEST(NrInit, StartValuesTheEstimatorsBuildOn) {
   _AudioAnrInit init = {128u, 1u, 16000};
   EXPECT_EQ(NR_Init(nullptr, &init), -1);
-}
-
-TEST(NrInit, SetsEveryStartValue) {
   Instance in(16000);
-  NSinst_t* s = in.get();
-  EXPECT_EQ(s->fs, 16000);
-  EXPECT_EQ(s->pn, 128);
-  EXPECT_EQ(s->channel, 1);
-  EXPECT_EQ(s->filter_mode, 0);
-  EXPECT_EQ(s->outLen, 0);
-  EXPECT_EQ(s->anaLen, 256);
-  EXPECT_EQ(s->magnLen, 129);
-  EXPECT_EQ(s->process_bins, 129);
-  EXPECT_EQ(s->nframe_update_filter, 2);  // speed 1 after NR_InitCore's 1
-  EXPECT_EQ(s->moving_average_order, 10);
-  EXPECT_EQ(s->moving_average_smooth_const, 1.0f / 11.0f);
-  EXPECT_EQ(s->AutoSmooth, 0);
-  EXPECT_EQ(s->aec_enable_flag, 0);
-  EXPECT_EQ(s->initFlag, 1);
-  for (int i = 0; i < 129; ++i) {
-    ASSERT_EQ(s->lquantile[i], 8.0f);
-    ASSERT_EQ(s->density[i], 0.3f);
-    ASSERT_EQ(s->quantile[i], 0.0f);
-    ASSERT_EQ(s->smooth[i], 0.9999f);
-    ASSERT_EQ(s->startNoiseFilter[i], 1.0f);
-    ASSERT_EQ(s->logLrtTimeAvg[i], 0.5f);
-  }
-  EXPECT_EQ(s->counter[0], 200);
-  EXPECT_EQ(s->updates, 0);
-  EXPECT_EQ(s->quantite, 0.25f);
-  EXPECT_EQ(s->blockInd, 0xFFFF);
-  EXPECT_EQ(s->firstStartFrameFlag, 1);
-  EXPECT_EQ(s->firstStartFrameNum, 7);
-  EXPECT_EQ(s->priorSpeechProb, 0.5f);
-  EXPECT_EQ(s->SilenceSupressScale, 1.0f);
-  const float feature[7] = {0.5f, 0.0f, 0.0f, 0.5f, 0.5f, 0.0f, 0.0f};
-  const float prior[7] = {0.5f, 0.5f, 1.0f, 0.5f, 1.0f, 0.0f, 0.0f};
-  for (int i = 0; i < 7; ++i) {
-    EXPECT_EQ(s->featureData[i], feature[i]) << i;
-    EXPECT_EQ(s->priorModelPars[i], prior[i]) << i;
-    EXPECT_EQ(s->aggrMode[i], 20) << i;
-  }
-  const int update[4] = {2, 50, 0, 50};
-  for (int i = 0; i < 4; ++i) EXPECT_EQ(s->modelUpdatePars[i], update[i]) << i;
-  for (int i = 0; i < 256; ++i) {
-    ASSERT_EQ(s->eta_2term[i], 1.0f);
-    ASSERT_EQ(s->ones[i], 1.0f);
-  }
-  EXPECT_EQ(s->l_mod_lswitch, 0);
-  EXPECT_EQ(s->time_counter, 0);
-  EXPECT_EQ(s->b_conv, NR_b_conv);
-  EXPECT_EQ(s->b_mean, NR_b_mean);
-  EXPECT_EQ(s->b_xi_local, NR_b_xi_local);
-  EXPECT_EQ(s->b_xi_global, NR_b_xi_global);
-  EXPECT_EQ(std::memcmp(s->InternalParams, &kNrInternalParamsDefault, sizeof(NSCJsoninst_t)), 0);
-}
-
-TEST(NrInit, FeatureThresholdsFollowTheUpdateWindow) {
-  Instance in;
-  in->modelUpdatePars[1] = 20;
-  NR_set_feature_extraction_parameters(in.get());
-  EXPECT_EQ(in->featureExtractionParams.thresWeightSpecFlat, 6);
-  EXPECT_EQ(in->featureExtractionParams.thresWeightSpecDiff, 6);
-  EXPECT_EQ(in->featureExtractionParams.limitPeakSpacingSpecFlat, 0.1f);
-  EXPECT_EQ(in->featureExtractionParams.limitPeakSpacingSpecDiff, 0.2f);
+  EXPECT_EQ(in->magnLen, 129);
+  EXPECT_EQ(in->process_bins, 129);
+  EXPECT_EQ(in->nframe_update_filter, 2);  // speed 1 after NR_InitCore's 1
+  EXPECT_EQ(in->moving_average_order, 10);
+  EXPECT_EQ(in->moving_average_smooth_const, 1.0f / 11.0f);
+  EXPECT_EQ(in->counter[0], 200);
+  EXPECT_EQ(in->blockInd, 0xFFFF);
+  EXPECT_EQ(in->firstStartFrameNum, 7);
+  EXPECT_EQ(std::memcmp(in->InternalParams, &kNrInternalParamsDefault, sizeof(NSCJsoninst_t)), 0);
 }
 
 TEST(NrInit, BinLimitsPerRate) {
@@ -154,16 +99,6 @@ TEST(NrInit, SmoothingKernelsHaveTheirSumsAndSymmetry) {
   EXPECT_NEAR(global, 1.0f, 1e-6f);
   for (int i = 0; i < 15; ++i) EXPECT_EQ(NR_b_xi_global[i], NR_b_xi_global[30 - i]) << i;
   for (int i = 0; i < 10; ++i) EXPECT_EQ(NR_b_conv[i], NR_b_conv[20 - i]) << i;
-}
-
-TEST(NrInit, InitCoreAloneLeavesUpdateEveryFrame) {
-  std::unique_ptr<NSinst_t> s(new NSinst_t());
-  _AudioAnrInit init = {128u, 2u, 8000};
-  EXPECT_EQ(NR_InitCore(s.get(), &init), 0);
-  EXPECT_EQ(s->nframe_update_filter, 1);
-  EXPECT_EQ(s->moving_average_order, 0);
-  EXPECT_EQ(s->moving_average_smooth_const, 1.0f);
-  EXPECT_EQ(s->channel, 2);
 }
 
 TEST(NrInit, ConvergeModeMessageAtInformationLevelOnly) {
@@ -202,58 +137,37 @@ struct CheckCase {
   std::string text;
 };
 
-const std::string kMode5Rate =
-    "[ANR]Fail! Unsupported 48kHz sample rate. The anr_filter_mode 5 is only support sample "
-    "rate 8kHz, 16kHz and 32kHz in Vers.1, Vers.2, Vers.4 and Vers.5.\t\n";
-
 TEST(NrCheckUserConfig, EveryStepWithItsTextAndCode) {
+  using C = _AudioAnrConfig*;
   const CheckCase cases[] = {
-      {"enable 2", [](_AudioAnrConfig* c) { c->anr_enable = 2; }, 16000, 128,
-       _ALGO_ANR_RET_INVALID_ENABLE,
+      {"enable 2", [](C c) { c->anr_enable = 2; }, 16000, 128, _ALGO_ANR_RET_INVALID_ENABLE,
        "[ANR]Fail! Unsupported ANR configuration anr_enable 2. [0 or 1]\t\n"},
-      {"user_mode 3", [](_AudioAnrConfig* c) { c->user_mode = 3; }, 16000, 128,
-       _ALGO_ANR_RET_INVALID_MODE,
+      {"user_mode 3", [](C c) { c->user_mode = 3; }, 16000, 128, _ALGO_ANR_RET_INVALID_MODE,
        "[ANR]Fail! Unsupported ANR configuration user_mode 3. [0~2]\t\n"},
-      {"intensity 31", [](_AudioAnrConfig* c) { c->anr_intensity[4] = 31; }, 16000, 128,
-       _ALGO_ANR_RET_INVALID_INTENSITY,
+      {"intensity 31", [](C c) { c->anr_intensity[4] = 31; }, 16000, 128, _ALGO_ANR_RET_INVALID_INTENSITY,
        "[ANR]Fail! Unsupported anr_intensity 31 in position 4. [0~30]\t\n"},
-      {"intensity -1", [](_AudioAnrConfig* c) { c->anr_intensity[0] = -1; }, 16000, 128,
-       _ALGO_ANR_RET_INVALID_INTENSITY,
+      {"intensity -1", [](C c) { c->anr_intensity[0] = -1; }, 16000, 128, _ALGO_ANR_RET_INVALID_INTENSITY,
        "[ANR]Fail! Unsupported anr_intensity -1 in position 0. [0~30]\t\n"},
-      {"band 129", [](_AudioAnrConfig* c) { c->anr_intensity_band[5] = 129; }, 16000, 128,
-       _ALGO_ANR_RET_INVALID_INTENSITY,
+      {"band 129", [](C c) { c->anr_intensity_band[5] = 129; }, 16000, 128, _ALGO_ANR_RET_INVALID_INTENSITY,
        "[ANR]Fail! Unsupported anr_intensity_band 129 in position 5. [0~128]\t\n"},
-      {"band decreasing", [](_AudioAnrConfig* c) { c->anr_intensity_band[2] = 20; }, 16000, 128,
-       _ALGO_ANR_RET_INVALID_INTENSITY,
+      {"band decreasing", [](C c) { c->anr_intensity_band[2] = 20; }, 16000, 128, _ALGO_ANR_RET_INVALID_INTENSITY,
        "[ANR]Fail! The anr_intensity setting is not in order. \t24\t20\n"},
-      {"smooth -1", [](_AudioAnrConfig* c) { c->anr_smooth_level = (unsigned int)-1; }, 16000,
-       128, _ALGO_ANR_RET_INVALID_SMOOTH_LEVEL,
-       "[ANR]Fail! Unsupported anr_smooth_level -1. [0~10]\t\n"},
-      {"speed 3", [](_AudioAnrConfig* c) { c->anr_converge_speed = 3; }, 16000, 128,
-       _ALGO_ANR_RET_INVALID_CONVERGE_SPEED,
+      {"smooth -1", [](C c) { c->anr_smooth_level = (unsigned int)-1; }, 16000, 128,
+       _ALGO_ANR_RET_INVALID_SMOOTH_LEVEL, "[ANR]Fail! Unsupported anr_smooth_level -1. [0~10]\t\n"},
+      {"speed 3", [](C c) { c->anr_converge_speed = 3; }, 16000, 128, _ALGO_ANR_RET_INVALID_CONVERGE_SPEED,
        "[ANR]Fail! Unsupported anr_converge_speed 3. [0~2]\t\n"},
-      {"filter mode 6", [](_AudioAnrConfig* c) { c->anr_filter_mode = 6; }, 16000, 128,
-       _ALGO_ANR_RET_INVALID_FILTER_MODE, "[ANR]Fail! Unsupported anr_filter_mode 6. [0~5]\t\n"},
-      {"mode 5 speed 1",
-       [](_AudioAnrConfig* c) {
-         c->anr_filter_mode = 5;
-         c->anr_converge_speed = 1;
-       },
-       48000, 128, _ALGO_ANR_RET_INVALID_CONVERGE_SPEED,
+      {"filter mode 6", [](C c) { c->anr_filter_mode = 6; }, 16000, 128, _ALGO_ANR_RET_INVALID_FILTER_MODE,
+       "[ANR]Fail! Unsupported anr_filter_mode 6. [0~5]\t\n"},
+      {"mode 5 speed 1", [](C c) { c->anr_filter_mode = 5; c->anr_converge_speed = 1; }, 48000, 128,
+       _ALGO_ANR_RET_INVALID_CONVERGE_SPEED,
        "[ANR]Fail! Unsupported anr_converge_speed 1. The anr_filter_mode 5 is only support "
        "anr_converge_speed is 2.\t\n"},
-      {"mode 5 at 48 kHz",
-       [](_AudioAnrConfig* c) {
-         c->anr_filter_mode = 5;
-         c->anr_converge_speed = 2;
-       },
-       48000, 128, _ALGO_ANR_RET_INVALID_SAMPLE_RATE, kMode5Rate},
-      {"mode 5 with 160 points",
-       [](_AudioAnrConfig* c) {
-         c->anr_filter_mode = 5;
-         c->anr_converge_speed = 2;
-       },
-       16000, 160, _ALGO_ANR_RET_INVALID_POINT_NUMBER,
+      {"mode 5 at 48 kHz", [](C c) { c->anr_filter_mode = 5; c->anr_converge_speed = 2; }, 48000, 128,
+       _ALGO_ANR_RET_INVALID_SAMPLE_RATE,
+       "[ANR]Fail! Unsupported 48kHz sample rate. The anr_filter_mode 5 is only support sample "
+       "rate 8kHz, 16kHz and 32kHz in Vers.1, Vers.2, Vers.4 and Vers.5.\t\n"},
+      {"mode 5 with 160 points", [](C c) { c->anr_filter_mode = 5; c->anr_converge_speed = 2; }, 16000, 160,
+       _ALGO_ANR_RET_INVALID_POINT_NUMBER,
        "[ANR]Fail! Unsupported point_number 160.The anr_filter_mode 5 is only support point "
        "number 128 in Vers.1, Vers.2, Vers.4 and Vers.5.\t\n"},
   };
@@ -273,18 +187,13 @@ TEST(NrCheckUserConfig, EveryStepWithItsTextAndCode) {
 
 TEST(NrCheckUserConfig, StopsAtTheFirstFailureInOrder) {
   _AudioAnrConfig c = UserConfig();
-  c.anr_intensity[6] = 40;
   c.anr_intensity_band[0] = -5;
   c.anr_smooth_level = 11;
   c.anr_filter_mode = 9;
-  EXPECT_EQ(Nr_CheckUserConfig(&c, 16000, 128, 0), _ALGO_ANR_RET_INVALID_INTENSITY);
-  c.anr_intensity[6] = 0;
   const std::string out = CaptureStdout([&] { Nr_CheckUserConfig(&c, 16000, 128, 1); });
   EXPECT_EQ(out, Err("[ANR]Fail! Unsupported anr_intensity_band -5 in position 0. [0~128]\t\n"));
   c.anr_intensity_band[0] = 0;
   EXPECT_EQ(Nr_CheckUserConfig(&c, 16000, 128, 0), _ALGO_ANR_RET_INVALID_SMOOTH_LEVEL);
-  c.anr_smooth_level = 10;
-  EXPECT_EQ(Nr_CheckUserConfig(&c, 16000, 128, 0), _ALGO_ANR_RET_INVALID_FILTER_MODE);
   EXPECT_EQ(Nr_CheckUserConfig(nullptr, 16000, 128, 7), _ALGO_ANR_RET_INVALID_HANDLE);
 }
 
@@ -320,7 +229,7 @@ TEST(NrConfig, NullInstanceIsReportedAtAnyLevel) {
   EXPECT_EQ(ret, _ALGO_ANR_RET_INVALID_HANDLE);
 }
 
-TEST(NrConfig, FailureChangesNothing) {
+TEST(NrConfig, FailureChangesNothingAndUserModeZeroUsesBuiltInSmoothingAndSpeed) {
   Instance in;
   _AudioAnrConfig c = UserConfig();
   c.anr_filter_mode = 3;
@@ -328,11 +237,6 @@ TEST(NrConfig, FailureChangesNothing) {
   EXPECT_EQ(NR_Config(in.get(), &c), _ALGO_ANR_RET_INVALID_SMOOTH_LEVEL);
   EXPECT_EQ(in->filter_mode, 0);
   EXPECT_EQ(in->moving_average_order, 10);
-}
-
-TEST(NrConfig, UserModeZeroUsesBuiltInSmoothingAndSpeed) {
-  Instance in;
-  _AudioAnrConfig c = UserConfig();
   c.user_mode = 0;
   c.anr_smooth_level = 4;
   c.anr_converge_speed = 0;
@@ -447,6 +351,11 @@ TEST(NrSetMode, ModeFiveScalesEdgesAndSetsTheMixOnce) {
   int full[7] = {30, 30, 30, 30, 30, 30, 30};
   NR_SetMode(in.get(), bands, full);
   EXPECT_EQ(in->mix_enable, 0);
+  Instance one;  // one band below full strength is enough for the mix
+  one->filter_mode = 5;
+  int x29[7] = {30, 30, 30, 29, 30, 30, 30};
+  NR_SetMode(one.get(), bands, x29);
+  EXPECT_EQ(one->mix_enable, 1);
   EXPECT_EQ(in->noise_mix_ratio[160], 1.0f);
   EXPECT_EQ(in->noise_mix_ratio[161], -1.0f);
   EXPECT_EQ(in->noise_suppression_gain[161], -1.0f);
@@ -474,15 +383,6 @@ TEST(NrSetMode, ModeFiveScalesEdgesAndSetsTheMixOnce) {
   EXPECT_EQ(CaptureStdout([&] { NR_SetMode(in.get(), bands, bad); }), text + text);
 }
 
-TEST(NrSetMode, ModeFiveWithOneIntensityBelowFullSetsTheMix) {
-  Instance in;
-  in->filter_mode = 5;
-  int bands[6] = {3, 24, 40, 64, 80, 128};
-  int x[7] = {30, 30, 30, 29, 30, 30, 30};
-  NR_SetMode(in.get(), bands, x);
-  EXPECT_EQ(in->mix_enable, 1);
-}
-
 // ========================================================= frame entry ==
 
 std::vector<float> Spectrum(float scale) {
@@ -501,19 +401,11 @@ TEST(NrProcess, ModesOneToFiveLeaveTheFrameAsItCame) {
     EXPECT_EQ(NR_Process(in.get(), frame.data()), _ALGO_ANR_RET_SUCCESS) << mode;
     EXPECT_EQ(frame, before) << mode;
     EXPECT_EQ(in->sum_filter, mode == 5 ? 0.1f : 64.5f) << mode;
-    EXPECT_EQ(in->frequency_buffer[7].re, before[14] / 65536.0f) << mode;
-    EXPECT_EQ(in->frequency_buffer[7].im, before[15] / 65536.0f) << mode;
-  }
-}
-
-TEST(NrProcess, ScalesTheWholeSpectrumIn) {
-  Instance in;
-  in->filter_mode = 2;
-  std::vector<float> frame = Spectrum(3.0f);
-  NR_Process(in.get(), frame.data());
-  for (int k = 0; k < 129; ++k) {
-    ASSERT_EQ(in->frequency_buffer[k].re, frame[2 * k] / 65536.0f) << k;
-    ASSERT_EQ(in->frequency_buffer[k].im, frame[2 * k + 1] / 65536.0f) << k;
+    if (mode == 5) continue;  // its block is 160 floats
+    for (int k = 0; k < 129; ++k) {
+      ASSERT_EQ(in->frequency_buffer[k].re, before[2 * k] / 65536.0f) << mode << " bin " << k;
+      ASSERT_EQ(in->frequency_buffer[k].im, before[2 * k + 1] / 65536.0f) << mode << " bin " << k;
+    }
   }
 }
 
@@ -540,26 +432,6 @@ TEST(NrProcess, EchoReferenceFeedsTheEstimatorsAndTheFrameGetsTheGain) {
     ASSERT_EQ(in->frequency_buffer[k].re, ref[2 * k] / 65536.0f) << k;
     ASSERT_EQ(in->frequency_buffer_output[k].im, frame[2 * k + 1] / 65536.0f) << k;
   }
-}
-
-TEST(NrProcess, ModeZeroPassesDigitalSilenceThrough) {
-  Instance in;
-  std::vector<float> frame(258, 0.0f);
-  for (int f = 0; f < 5; ++f) {
-    EXPECT_EQ(NR_Process(in.get(), frame.data()), _ALGO_ANR_RET_SUCCESS);
-    EXPECT_EQ(frame, std::vector<float>(258, 0.0f));
-  }
-  EXPECT_EQ(in->frame_cnt, 5);
-  EXPECT_EQ(in->noise_cnt, 0);
-}
-
-TEST(NrProcess, ModeZeroRefusesAnUninitialisedInstance) {
-  Instance in;
-  in->initFlag = 0;
-  std::vector<float> frame = Spectrum(100.0f);
-  const std::vector<float> before = frame;
-  EXPECT_EQ(NR_Process(in.get(), frame.data()), _ALGO_ANR_RET_INIT_ERROR);
-  EXPECT_EQ(frame, before);
 }
 
 // ============================================== counters and rhythm ==
@@ -639,6 +511,11 @@ TEST(NrDetectors, SinetoneCountsStablePeaksOnly) {
   s[40] = s[39];
   Sinetone_Dectection(in.get(), s.data(), 129, 10, 3.0f, 0.0f);
   EXPECT_EQ(in->sinetone_candidate[40], 0);
+  // Without a window nothing is a peak.
+  s[60] = 1e4f;
+  in->sinetone_candidate[60] = 3;
+  Sinetone_Dectection(in.get(), s.data(), 129, 0, 3.0f, 0.0f);
+  EXPECT_EQ(in->sinetone_candidate[60], 0);
 }
 
 TEST(NrDetectors, SinetoneWindowEndsBeforeTheBinAndCountSaturates) {
@@ -652,15 +529,6 @@ TEST(NrDetectors, SinetoneWindowEndsBeforeTheBinAndCountSaturates) {
   EXPECT_EQ(in->zscore[4], 1.0f);
   EXPECT_EQ(in->sinetone_candidate[3], 32767);
   EXPECT_EQ(in->sinetone_candidate[4], 1);
-}
-
-TEST(NrDetectors, SinetoneWithoutWindowFindsNothing) {
-  Instance in;
-  std::vector<float> s = FlatSpectrum();
-  s[60] = 1e4f;
-  in->sinetone_candidate[60] = 3;
-  Sinetone_Dectection(in.get(), s.data(), 129, 0, 3.0f, 0.0f);
-  EXPECT_EQ(in->sinetone_candidate[60], 0);
 }
 
 struct MicInletFixture : testing::Test {
@@ -677,7 +545,7 @@ struct MicInletFixture : testing::Test {
   }
 };
 
-TEST_F(MicInletFixture, IdleUnlessModeOneWithAScenario) {
+TEST_F(MicInletFixture, IdleUnlessModeOneWithAScenarioAndOnlySmoothsInTheFirstWindow) {
   in->filter_mode = 2;
   in.params->covermic_scenario = 1;
   Check_MicInlet(in.get());
@@ -687,16 +555,14 @@ TEST_F(MicInletFixture, IdleUnlessModeOneWithAScenario) {
   in.params->farfield_scenario = 0;
   Check_MicInlet(in.get());
   EXPECT_EQ(in->cmi_PowerSpectrum, 0.0f);
-}
-
-TEST_F(MicInletFixture, OnlySmoothsPowerDuringTheFirstWindow) {
+  in.params->farfield_scenario = 1;
   in->time_counter = 15;
   Check_MicInlet(in.get());
   EXPECT_NEAR(in->cmi_PowerSpectrum, 0.01f, 1e-8);
   EXPECT_EQ(in->cmi_nospeechCnt, 0);
 }
 
-TEST_F(MicInletFixture, FreezesOnAPowerDropAndReleasesAfterSpeech) {
+TEST_F(MicInletFixture, FreezesOnAPowerDropAndReleasesAfterEnoughPause) {
   in->cmi_PowerSpectrum = 1e6f;
   Check_MicInlet(in.get());
   EXPECT_EQ(in->cmi_flag, 1);
@@ -707,27 +573,18 @@ TEST_F(MicInletFixture, FreezesOnAPowerDropAndReleasesAfterSpeech) {
     in->phat[i] = 0.9f;  // speech above 600 Hz
     in->power_spectrum[i] = 1e9f;
   }
-  in->cmi_nospeechCnt = 126;  // above 1.0 x 16000 / 128
+  in->cmi_nospeechCnt = 125;  // not above 1.0 x 16000 / 128: the flag stays
+  Check_MicInlet(in.get());
+  EXPECT_EQ(in->cmi_flag, 1);
+  EXPECT_EQ(in->cmi_nospeechCnt, 0);
+  in->cmi_nospeechCnt = 126;
   Check_MicInlet(in.get());
   EXPECT_EQ(in->cmi_flag, 0);
   EXPECT_EQ(in->S[50], 3.0f);  // restored from the saved copy
   EXPECT_EQ(in->cmi_nospeechCnt, 0);
-}
-
-TEST_F(MicInletFixture, SpeechBeforeEnoughPauseKeepsTheFlag) {
-  in->cmi_flag = 1;
-  in->cmi_nospeechCnt = 125;
-  for (int i = 0; i < 129; ++i) in->phat[i] = 0.9f;
-  in->cmi_PowerSpectrum = 1.0f;
-  Check_MicInlet(in.get());
-  EXPECT_EQ(in->cmi_flag, 1);
-  EXPECT_EQ(in->cmi_nospeechCnt, 0);
-}
-
-TEST_F(MicInletFixture, PauseCountSaturatesWithAWarning) {
+  for (int i = 0; i < 129; ++i) in->phat[i] = 0.1f;  // a pause again: the count saturates
   in->cmi_nospeechCnt = 65535;
-  EXPECT_EQ(CaptureStdout([&] { Check_MicInlet(in.get()); }),
-            Wrn("[ANR]Warning! cmi_nospeechCnt is reset.\t\n"));
+  EXPECT_EQ(CaptureStdout([&] { Check_MicInlet(in.get()); }), Wrn("[ANR]Warning! cmi_nospeechCnt is reset.\t\n"));
   EXPECT_EQ(in->cmi_nospeechCnt, 32767);
 }
 
