@@ -129,6 +129,17 @@ void BM_KolRun_NrMode0(benchmark::State& state) {
 }
 BENCHMARK(BM_KolRun_NrMode0);
 
+// The same with the estimators updated on every frame, as the peer does.
+void BM_KolRun_NrMode0_EveryFrame(benchmark::State& state) {
+  Settings s;
+  NoiseReductionMode0(s.anr);
+  s.anr.user_mode = 1;
+  s.anr.anr_smooth_level = 10;
+  s.anr.anr_converge_speed = NR_SPEED_HIGH;
+  RunChain(state, 16000, 1, s, "16 kHz mono, noise reduction mode 0, update every frame");
+}
+BENCHMARK(BM_KolRun_NrMode0_EveryFrame);
+
 #ifdef ZEB_BENCH_HAVE_SPEEXDSP
 // The peer: SpeexDSP's preprocessor with denoise only, on the same frames.
 void BM_SpeexPreprocess_Denoise(benchmark::State& state) {
