@@ -187,6 +187,7 @@ TEST(AgcFamilyGuards, RefusalsAndTheirTexts) {
        "[ALGO_MSG_ERR] [_ZebAgc_Config]Fail! The agc handle is NULL\t\n"},
       {[&] { return ZebAgc_Config(cold, &c); }, ALGO_AGC_RET_INVALID_CALLING,
        "[ALGO_MSG_ERR] [_ZebAgc_Config]Fail! Need init before ZebAgc_Config\t\n"},
+      {[&] { return ZebAgc_GetConfig(nullptr, nullptr, &c); }, ALGO_AGC_RET_INVALID_HANDLE, ""},
       {[&] { return ZebAgc_GetConfig(cold, nullptr, &c); }, ALGO_AGC_RET_INVALID_CALLING,
        "[ALGO_MSG_ERR] [_ZebAgc_GetConfig]Fail! Need config before ZebAgc_GetConfig\t\n"},
       {[&] { return ZebAgc_Run(nullptr, frame.data()); }, ALGO_AGC_RET_INVALID_HANDLE,

@@ -321,8 +321,9 @@ ALGO_AGC_RET _ZebAgc_Config(AGC_HANDLE handle, AudioAgcConfig* agc_config) {
 }
 
 ALGO_AGC_RET _ZebAgc_GetConfig(AGC_HANDLE handle, AudioAgcInit* agc_init, AudioAgcConfig* agc_config) {
-  AudioAgcInternel* h = HandleOrReport(handle, __func__);
-  if (h == NULL) return ALGO_AGC_RET_INVALID_HANDLE;
+  // A NULL handle is refused without a text here, unlike Config and Run.
+  if (handle == NULL) return ALGO_AGC_RET_INVALID_HANDLE;
+  AudioAgcInternel* h = (AudioAgcInternel*)handle;
   if (RefuseBeforeConfig(h, __func__)) return ALGO_AGC_RET_INVALID_CALLING;
   if (agc_init != NULL) {
     agc_init->point_number = h->point_number;
