@@ -343,6 +343,12 @@ TEST(AgcCore, ProcessLeavesTheFrameAndRejectsNull) {
   const std::string out = zebtest::CaptureStdout([&] { g = AGC_Process(nullptr, frame.data()); });
   EXPECT_EQ(g, -1.0f);
   EXPECT_EQ(out, "[ALGO_MSG_ERR] AGCinst working buffer is NULL!\n");
+  // A missing frame is refused the same way, before any state moves.
+  const float before = core.inst->DGain;
+  EXPECT_EQ(zebtest::CaptureStdout([&] { g = AGC_Process(core.inst.get(), nullptr); }),
+            "[ALGO_MSG_ERR] AGC input frame is NULL!\n");
+  EXPECT_EQ(g, -1.0f);
+  EXPECT_EQ(core.inst->DGain, before);
 
   // A curve of 20 points is taken whole; later calls with fewer leave the rest.
   short in[20], outDb[20];

@@ -534,6 +534,10 @@ float AGC_Process(AGCinst_t* inst, short int* inOutFrame) {
     ALGO_ERR_ALWAYS("AGCinst working buffer is NULL!\n");
     return -1.0f;
   }
+  if (inOutFrame == NULL) {
+    ALGO_ERR(inst->dbg_level, "AGC input frame is NULL!\n");
+    return -1.0f;
+  }
   // An instance whose Init failed has no valid frame: nothing to analyse.
   if (inst->frame_length <= 0 || inst->frame_length > AGC_DATA_BUF_SAMPLES) return inst->DGain;
   inst->isTrueData = 0;
