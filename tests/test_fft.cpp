@@ -190,6 +190,33 @@ TEST(FftPlan, StateLiesInsideCallerMemory) {
   for (int k = 0; k < kFrameFft; ++k) EXPECT_EQ(cfg->buffer[k].r, 0.0f);
 }
 
+// Both twiddle tables of the frame plan, bit for bit: the phase is formed in
+// double, kept as a float, and its cosine and sine are rounded to float.
+TEST(FftPlan, TwiddlesAreTakenOfTheFloatPhase) {
+  Plan plan(kFrameFft);
+  const struct {
+    const ne10_fft_cpx_float32_t* table;
+    int nfft, fstride;
+    bool transposed;
+  } tables[] = {{plan.cfg->r_twiddles, kFrameFft, 64, false},
+                {plan.cfg->r_twiddles_neon, kFrameFft / 4, 16, true}};
+  for (const auto& t : tables) {
+    const ne10_fft_cpx_float32_t* w = t.table;
+    // Radix-4 stages from the first butterfly on; the first one needs none.
+    for (int fstride = t.fstride / 4, mstride = 4; fstride >= 1; fstride /= 4, mstride *= 4) {
+      for (int j = 0; j < mstride; ++j) {
+        for (int k = 1; k < 4; ++k) {
+          const float phase = (float)(-2.0 * 3.141592653589793 * fstride * k * j / t.nfft);
+          const ne10_fft_cpx_float32_t& got = w[t.transposed ? j * 3 + k - 1 : mstride * (k - 1) + j];
+          ASSERT_EQ(got.r, (float)std::cos((double)phase)) << t.nfft << " " << j << " " << k;
+          ASSERT_EQ(got.i, (float)std::sin((double)phase)) << t.nfft << " " << j << " " << k;
+        }
+      }
+      w += 3 * mstride;
+    }
+  }
+}
+
 TEST(FftPlan, AllocRefusesNullAndBuildsNoTablesBelowSixteen) {
   EXPECT_EQ(ne10_fft_alloc_r2c_float32(nullptr, kFrameFft), nullptr);
   StateMemory memory(8);

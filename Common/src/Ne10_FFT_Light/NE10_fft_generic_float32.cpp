@@ -65,12 +65,13 @@ ne10_int32_t pickRadix(ne10_int32_t remainder, ne10_int32_t flags) {
   return remainder;
 }
 
-// exp(-j*2*pi*fstride*k*j/nfft), phase in double, stored in float.
+// exp(-j*2*pi*fstride*k*j/nfft): the phase is formed in double and kept as
+// a float, and cosine and sine are taken of that float phase.
 Cpx32 twiddleAt(ne10_int32_t fstride, ne10_int32_t k, ne10_int32_t j, ne10_int32_t nfft) {
-  const double phase = -2.0 * kPi * (double)fstride * (double)k * (double)j / (double)nfft;
+  const float phase = (float)(-2.0 * kPi * (double)fstride * (double)k * (double)j / (double)nfft);
   Cpx32 w;
-  w.r = (float)cos(phase);
-  w.i = (float)sin(phase);
+  w.r = (float)cos((double)phase);
+  w.i = (float)sin((double)phase);
   return w;
 }
 
