@@ -16,6 +16,7 @@
 #include "nr_interface_neon.h"
 #include "nr_internal_neon.h"
 #include "test_support.h"
+#include "zeb_recip_estimate.h"
 
 namespace {
 
@@ -378,6 +379,23 @@ TEST(NrKernelEdges, TanhAndSigmoidLanesDifferFromTailsOnlyInTheLastBits) {
   EXPECT_EQ(t[0], tanh_ps_scalar(0.7f));
   EXPECT_NEAR(t[0], t[4], 5e-5);
   EXPECT_NEAR(s[0], s[4], 5e-5);
+}
+
+// The logistic lanes: the once-refined reciprocal of 1 + e^-v, with e^x by
+// these kernels' own recipe (0.0013982 as second coefficient, y * r * r).
+TEST(NrKernelEdges, SigmoidLanesUseTheKernelsOwnExponential) {
+  const float c[6] = {0.00019875691f, 0.0013982f, 0.0083334520f, 0.041665796f, 0.16666666f, 0.5f};
+  for (float v = -95.0f; v <= 95.0f; v += 0.173f) {
+    const float x = std::fmin(std::fmax(-v, -88.37626f), 88.37626f);
+    const float n = std::floor(x * 1.442695f + 0.5f);
+    const float r = x - n * 0.693359375f - n * -0.00021219444f;
+    float y = c[0];
+    for (int k = 1; k < 6; ++k) y = y * r + c[k];
+    y = y * r * r + r + 1.0f;
+    const float d = 1.0f + std::ldexp(y, (int)n);
+    const float r0 = zeb_vrecpe_f32(d);
+    ASSERT_EQ(Bits(sigmoid_ps_scalar(v)), Bits(r0 * zeb_vrecps_f32(d, r0))) << v;
+  }
 }
 
 TEST(NrKernelEdges, TanhLanesPassTinyInputsAndSaturate) {

@@ -8,7 +8,6 @@
 #include <math.h>
 #include <stdint.h>
 
-#include "ne10_math.h"
 #include "nr_internal_neon.h"
 #include "zeb_recip_estimate.h"
 
@@ -56,6 +55,18 @@ constexpr float kTanhTiny = 0.0001f;
 constexpr float kTanhP[7] = {-2.7607684e-16f, 2.0001879e-13f,  -8.604672e-11f, 5.1222973e-08f,
                              1.4857224e-05f,  0.00063726195f, 0.0048935246f};
 constexpr float kTanhQ[4] = {1.1982584e-06f, 0.00011853471f, 0.0022684347f, 0.0048935250f};
+
+// exp_ps of the logistic lanes: the single-precision exponential with this
+// family's own constants (its second coefficient rounds to another float
+// than the math layer's) and the closing products taken as y * r * r.
+constexpr float kExpLimit = 88.37626f;
+constexpr float kExpLog2e = 1.442695f;
+constexpr float kExpLn2Hi = 0.693359375f;
+constexpr float kExpLn2Lo = -0.00021219444f;
+constexpr float kExpPoly[6] = {0.00019875691f, 0.0013982f,   0.0083334520f,
+                               0.041665796f,   0.16666666f, 0.5f};
+constexpr int kExpFracBits = 23;
+constexpr int32_t kExpBias = 127;
 
 // tansig_approx: table step 0.04, so the index is 25 |x| rounded.
 constexpr float kTansigLimit = 8.0f;
@@ -240,6 +251,38 @@ inline float WeightedSum2(const signed char* weight, const float* value1, const 
 }
 
 constexpr int kWideStep = 2 * ZEB_LANES;  // eight outputs a step
+
+// e^x: n = floor(x * log2(e) + 0.5), r = x - n ln2 in two parts, a degree-5
+// polynomial in r, scaled by 2^n through the exponent field.
+float exp_ps_scalar(float x) {
+  x = x > kExpLimit ? kExpLimit : x;
+  x = x < -kExpLimit ? -kExpLimit : x;
+  const float f = x * kExpLog2e + 0.5f;
+  // floor through truncation; a NaN converts as 0 and stays NaN in x.
+  const float t = (float)(int32_t)(f == f ? f : 0.0f);
+  const float n = t > f ? t - 1.0f : t - 0.0f;
+  const float r = x - n * kExpLn2Hi - n * kExpLn2Lo;
+  float y = kExpPoly[0];
+  for (int k = 1; k < 6; ++k) y = y * r + kExpPoly[k];
+  y = y * r * r + r + 1.0f;
+  // n lies in [-127, 128]: the biased exponent 0..255 fits the field.
+  return y * zeb_f32_from_bits((uint32_t)((int32_t)n + kExpBias) << kExpFracBits);
+}
+
+zeb_f32x4 exp_ps(zeb_f32x4 x) {
+  const zeb_f32x4 zero = zeb_splat_f32x4(0.0f);
+  x = zeb_min_f32x4(x, zeb_splat_f32x4(kExpLimit));
+  x = zeb_max_f32x4(x, zeb_splat_f32x4(-kExpLimit));
+  const zeb_f32x4 f = x * kExpLog2e + 0.5f;
+  const zeb_f32x4 t = zeb_cvt_f32x4(zeb_cvt_i32x4(zeb_select_f32x4(f == f, f, zero)));
+  const zeb_f32x4 n = t - zeb_select_f32x4(t > f, zeb_splat_f32x4(1.0f), zero);
+  const zeb_f32x4 r = x - n * kExpLn2Hi - n * kExpLn2Lo;
+  zeb_f32x4 y = zeb_splat_f32x4(kExpPoly[0]);
+  for (int k = 1; k < 6; ++k) y = y * r + kExpPoly[k];
+  y = y * r * r + r + 1.0f;
+  const zeb_u32x4 biased = (zeb_u32x4)(zeb_cvt_i32x4(n) + kExpBias);
+  return y * zeb_from_bits_u32x4(biased << kExpFracBits);
+}
 
 }  // namespace
 
