@@ -330,6 +330,11 @@ TEST(AnrRun, GuardsInOrder) {
 
   AudioAnrConfig c = Config();
   ASSERT_EQ(ZebAnr_Config(a.h, &c), ALGO_ANR_RET_SUCCESS);
+  // A missing frame is refused without blocking the handle.
+  EXPECT_EQ(CaptureStdout([&] { ret = ZebAnr_Run(a.h, nullptr); }),
+            Err("[_ZebAnr_Run]Fail! The pss_audio_in is NULL.\t\n"));
+  EXPECT_EQ(ret, ALGO_ANR_RET_FAILED);
+  EXPECT_EQ(a.rec()->is_run_status, 0);
   a.rec()->is_run_status = 1;
   EXPECT_EQ(CaptureStdout([&] { ret = ZebAnr_Run(a.h, frame); }), "");
   EXPECT_EQ(ret, ALGO_ANR_RET_API_CONFLICT);

@@ -334,6 +334,11 @@ ALGO_ANR_RET _ZebAnr_Run(ANR_HANDLE handle, short* pss_audio_in) {
   }
   const int lv = Level(h);
   if (RefuseBeforeConfig(h, __func__)) return ALGO_ANR_RET_INVALID_CALLING;
+  // A missing frame is refused before any state moves, so nothing is lost.
+  if (pss_audio_in == NULL) {
+    ALGO_ERR(lv, "[%s]Fail! The pss_audio_in is NULL.\t\n", "_ZebAnr_Run");
+    return ALGO_ANR_RET_FAILED;
+  }
   if (h->is_run_status != 0) return ALGO_ANR_RET_API_CONFLICT;
   h->is_run_status = 1;
   // From here on a failure leaves is_run_status set: the handle stays
