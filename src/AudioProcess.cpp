@@ -28,6 +28,24 @@ constexpr int kMaxHandleId = 100;  // dump file numbers run 0..100
 static_assert(KOL_MAX_CHANNELS == NR_WORK_BUFFER_CHANNELS, "the chain carves both noise reducers");
 static_assert(kFftLenSamples == FRAME_STAGE_FFT_LEN_SAMPLES, "the shared frame steps run 256 points");
 
+// A C caller may leave any int in an enumeration field of a public record.
+// Read through the enumeration type, a value outside the enumerators' range
+// is undefined in C++, so such fields are read as the int they hold and the
+// stage that owns the value judges it.
+template <typename E>
+int EnumFieldValue(const E& field) {
+  static_assert(sizeof(E) == sizeof(int), "public enumerations are int-sized");
+  int value;
+  memcpy(&value, &field, sizeof(value));
+  return value;
+}
+
+// The high-pass stage takes the cut-off as its enumeration and checks it
+// against its four choices before any table is looked up.
+_ZEB_HPF_FREQ StoredCutoff(const AudioKolInternel* h) {
+  return (_ZEB_HPF_FREQ)EnumFieldValue(h->hpf_config.cutoff_frequency);
+}
+
 void WalkNoiseReductionBlock(Carver& c, AudioKolInternel* h) {
   NSinst_t* nr[KOL_MAX_CHANNELS];
   NR_CarveInstances(c, nr);
@@ -134,7 +152,7 @@ _AudioAnrConfig ToAnrConfig(const AudioAnrConfig& cfg) {
   memcpy(out.anr_intensity_band, cfg.anr_intensity_band, sizeof(out.anr_intensity_band));
   memcpy(out.anr_intensity, cfg.anr_intensity, sizeof(out.anr_intensity));
   out.anr_smooth_level = cfg.anr_smooth_level;
-  out.anr_converge_speed = (int)cfg.anr_converge_speed;
+  out.anr_converge_speed = EnumFieldValue(cfg.anr_converge_speed);
   out.anr_filter_mode = cfg.anr_filter_mode;
   return out;
 }
@@ -190,7 +208,7 @@ void LoadChannel(AudioKolInternel* h, short* pss_audio_in, int m) {
 // Step B: the time-domain high-pass FIR on the newest frame of the history.
 int TimeDomainHighPass(AudioKolInternel* h, int m) {
   return HPF_FiniteImpulseResponseFilter(h->HPF_filter_buffer[m], &h->pssAudioIn[m][kFrameLenSamples],
-                                         (_ZEB_HPF_FREQ)h->hpf_config.cutoff_frequency, h->dbg_level);
+                                         StoredCutoff(h), h->dbg_level);
 }
 
 // Steps C and D: without a neural block the output history mirrors the
@@ -243,7 +261,7 @@ ALGO_KOL_RET FrequencyStage(AudioKolInternel* h, short* pss_audio_in, int m) {
     EQ_ApplyGain(h->eq_inst[m]->EQ_AddiScalingFactor, win);
   }
   if (h->hpf_config.hpf_enable != 0 && h->hpf_config.user_mode == 1) {
-    HPF_ApplyGain(h->eq_inst[m]->HPF_AddiScalingFactor, win, (_ZEB_HPF_FREQ)h->hpf_config.cutoff_frequency);
+    HPF_ApplyGain(h->eq_inst[m]->HPF_AddiScalingFactor, win, StoredCutoff(h));
   }
   if (IsFreqAgcOn(h)) {
     const int r = (int)freqDomainAgcProcess(h->freq_agc_inst[m], &h->pssAudioOut[m][0], win);
@@ -301,7 +319,7 @@ ALGO_KOL_RET ConfigEqualiser(AudioKolInternel* h) {
 
 ALGO_KOL_RET ConfigHighPass(AudioKolInternel* h) {
   for (int m = 0; m < (int)h->kol_init.channel; ++m) {
-    const int r = (int)HPF_Config(h->eq_inst[m], (_ZEB_HPF_FREQ)h->hpf_config.cutoff_frequency);
+    const int r = (int)HPF_Config(h->eq_inst[m], StoredCutoff(h));
     if (r != 0) {
       if (m == 0) {
         ALGO_ERR(h->dbg_level, "[%s]Fail! HPF Config Fail.\t\n", "_ZebKol_Config");
@@ -473,7 +491,8 @@ ALGO_KOL_RET KOL_CheckInitParameter(AudioProcessInit* kol_init, int dbg_lv) {
              (int)kol_init->channel);
     return ALGO_KOL_RET_INVALID_CHANNEL;
   }
-  switch (kol_init->sample_rate) {
+  const int rateHz = EnumFieldValue(kol_init->sample_rate);
+  switch (rateHz) {
     case ZEB_KOL_SAMPLE_RATE_8000:
     case ZEB_KOL_SAMPLE_RATE_16000:
     case ZEB_KOL_SAMPLE_RATE_32000:
@@ -482,7 +501,7 @@ ALGO_KOL_RET KOL_CheckInitParameter(AudioProcessInit* kol_init, int dbg_lv) {
     default:
       // 32 kHz is accepted though the text leaves it out.
       ALGO_ERR(dbg_lv, "[KOL]Fail! Unsupported sample_rate %d. This KOL Lib only support sample rate 8K 16K 48K.\t\n",
-               (int)kol_init->sample_rate);
+               rateHz);
       return ALGO_KOL_RET_INVALID_SAMPLE_RATE;
   }
 }

@@ -132,6 +132,10 @@ TEST_F(ChainLifecycle, InitRefusesBadArgumentsWithTheirMessages) {
       {InitRecord(128, 2, 44100),
        "[ALGO_MSG_ERR] [KOL]Fail! Unsupported sample_rate 44100. This KOL Lib only support sample rate 8K 16K "
        "48K.\t\n"},
+      // Beyond the range of the enumeration's values: still just a number.
+      {InitRecord(128, 2, 96000),
+       "[ALGO_MSG_ERR] [KOL]Fail! Unsupported sample_rate 96000. This KOL Lib only support sample rate 8K 16K "
+       "48K.\t\n"},
   };
   for (Case& c : cases) {
     std::string o = zebtest::CaptureStdout([&] { EXPECT_EQ(ZebKol_Init(buf.data(), &c.init, &none), nullptr); });
@@ -222,6 +226,26 @@ TEST_F(ChainLifecycle, ConfigWarnsForStagesWithoutMemoryAndStoresTheRest) {
             "[ALGO_MSG_MSG] kol_handle->reduce_latency_flag:0\t\n");
   EXPECT_EQ(c.h()->eq_config.eq_gain_db[5], -3);
   EXPECT_EQ(c.h()->is_kol_config_status, 1);
+}
+
+// A C caller may store any int in an enumeration field; the stage that owns
+// the field reports it as the number it is.
+TEST_F(ChainLifecycle, ConfigHandsEnumerationFieldsOutsideTheirRangeToTheStage) {
+  zebtest::Chain c(16000, 1);
+  zebtest::ChainRecords r;
+  r.anr.anr_enable = 1;
+  r.anr.user_mode = 1;
+  const int bands[6] = {10, 20, 40, 60, 90, 128};
+  std::memcpy(r.anr.anr_intensity_band, bands, sizeof(bands));
+  r.anr.anr_converge_speed = static_cast<NR_CONVERGE_SPEED>(9);
+  EXPECT_EQ(c.Config(r), ALGO_KOL_ANR_RET_INVALID_CONVERGE_SPEED);
+  EXPECT_NE(c.lastText.find("[ANR]Fail! Unsupported anr_converge_speed 9."), std::string::npos) << c.lastText;
+  r.anr.anr_converge_speed = NR_SPEED_MID;
+  r.hpf = {1, 1, static_cast<ZEB_HPF_FREQ>(9)};
+  EXPECT_EQ(c.Config(r), ALGO_KOL_HPF_RET_INVALID_TABLE);
+  EXPECT_EQ(c.lastText,
+            "[ALGO_MSG_ERR] [HPF]Fail! Unsupported hpf cutoff_frequency: 9\t\n"
+            "[ALGO_MSG_ERR] [_ZebKol_Config]Fail! HPF Config Fail.\t\n");
 }
 
 TEST_F(ChainLifecycle, FailurePastTheRunGuardBlocksUntilInit) {
