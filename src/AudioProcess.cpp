@@ -874,7 +874,9 @@ ALGO_KOL_RET _ZebKol_NrEstimateReferAec(KOL_HANDLE handle, short* aec_in) {
     }
     return ALGO_KOL_RET_SUCCESS;
   }
-  if (h->kol_switch.anr_enable == 1) {
+  // Only a switched-off noise reduction earns the warning; any other stored
+  // enable value falls through to the refusal below.
+  if (h->kol_switch.anr_enable == 1 && h->anr_config.anr_enable == 0) {
     ALGO_WRN(lv, "[%s]Warning! Need enable ANR.\t\n", __func__);
     return ALGO_KOL_RET_SUCCESS;
   }

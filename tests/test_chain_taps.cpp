@@ -73,6 +73,9 @@ TEST_F(Taps, EchoReferenceEntry) {
   Make(1, 0, 2);
   EXPECT_EQ(zebtest::CaptureStdout([&] { EXPECT_EQ(ZebKol_NrEstimateReferAec(kol_, ref), ALGO_KOL_RET_SUCCESS); }),
             "[ALGO_MSG_WRN] [_ZebKol_NrEstimateReferAec]Warning! Need enable ANR.\t\n");
+  h()->anr_config.anr_enable = 2;  // neither on nor off: refused as without memory
+  EXPECT_EQ(zebtest::CaptureStdout([&] { EXPECT_EQ(ZebKol_NrEstimateReferAec(kol_, ref), ALGO_KOL_RET_INVALID_HANDLE); }),
+            "[ALGO_MSG_ERR] [_ZebKol_NrEstimateReferAec]Fail! ANR buffer does not allocate.\t\n");
   h()->anr_config.anr_enable = 1;
   h()->anr_config.anr_filter_mode = 5;
   EXPECT_EQ(zebtest::CaptureStdout([&] { EXPECT_EQ(ZebKol_NrEstimateReferAec(kol_, ref), ALGO_KOL_RET_SUCCESS); }),
