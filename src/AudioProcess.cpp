@@ -716,14 +716,17 @@ ALGO_KOL_RET _ZebKol_Run(KOL_HANDLE handle, short* pss_audio_in) {
     return ALGO_KOL_RET_INVALID_HANDLE;
   }
   if (KOL_RefuseBeforeConfig(h, __func__)) return ALGO_KOL_RET_INVALID_CALLING;
-  // A missing frame is refused before any state moves, so nothing is lost.
-  if (pss_audio_in == NULL) {
-    ALGO_ERR(lv, "[%s]Fail! The pss_audio_in is NULL.\t\n", __func__);
-    return ALGO_KOL_RET_FAILED;
-  }
+  // Every call that gets past the configuration guard counts, failed or not.
   if (h->reset_frame_cnt < KOL_RESET_FRAME_LIMIT) {
     h->reset_frame_cnt += 1;
   } else if (RenewHandle(h) != ALGO_KOL_RET_SUCCESS) {
+    return ALGO_KOL_RET_FAILED;
+  }
+  lv = h->dbg_level;  // a renewal has read the level file afresh
+  // A missing frame is refused before the run flag is taken, so the handle
+  // stays usable and no stage state moves.
+  if (pss_audio_in == NULL) {
+    ALGO_ERR(lv, "[%s]Fail! The pss_audio_in is NULL.\t\n", __func__);
     return ALGO_KOL_RET_FAILED;
   }
   if (KOL_RefuseWhileRunning(h, __func__)) return ALGO_KOL_RET_API_CONFLICT;

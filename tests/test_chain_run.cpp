@@ -61,7 +61,9 @@ TEST(ChainRun, EntryGuards) {
   ASSERT_EQ(c.Config(), ALGO_KOL_RET_SUCCESS);
   EXPECT_EQ(zebtest::CaptureStdout([&] { EXPECT_EQ(ZebKol_Run(c.kol, nullptr), ALGO_KOL_RET_FAILED); }),
             "[ALGO_MSG_ERR] [_ZebKol_Run]Fail! The pss_audio_in is NULL.\t\n");
-  EXPECT_EQ(c.h()->reset_frame_cnt, 0);  // a refused frame moves nothing
+  // The refused frame counts towards renewal but leaves the handle usable.
+  EXPECT_EQ(c.h()->reset_frame_cnt, 1);
+  EXPECT_EQ(c.h()->is_run_status, 0);
   EXPECT_EQ(ZebKol_Run(c.kol, frame), ALGO_KOL_RET_SUCCESS);
 
   c.h()->is_run_status = 1;  // as if a call were still in progress
