@@ -778,7 +778,11 @@ ALGO_KOL_RET _ZebKol_GetConfig(KOL_HANDLE handle, AudioProcessInit* audio_proces
   AudioKolInternel* h = (AudioKolInternel*)handle;
   const int lv = h->dbg_level;
   if (KOL_RefuseBeforeConfig(h, __func__)) return ALGO_KOL_RET_INVALID_CALLING;
-  if (audio_process_init != NULL) {
+  // The init record is always due; without it the call still hands back the
+  // rest, as for every other missing record.
+  if (audio_process_init == NULL) {
+    ALGO_WRN(lv, "[%s]Warning! The audio_process_init is NULL.\t\n", __func__);
+  } else {
     *audio_process_init = h->kol_init;
   }
   if (h->kol_switch.anr_enable == 0) {

@@ -113,9 +113,13 @@ TEST_F(Taps, GetConfigRoundTripAndWarnings) {
   std::string out = zebtest::CaptureStdout([&] {
     EXPECT_EQ(ZebKol_GetConfig(kol_, &initBack, &back.anr, &back.eq, nullptr, nullptr, nullptr, &back.agc),
               ALGO_KOL_RET_SUCCESS);
+    EXPECT_EQ(ZebKol_GetConfig(kol_, nullptr, &back.anr, &back.eq, &back.hpf, nullptr, nullptr, &back.agc),
+              ALGO_KOL_RET_SUCCESS);
   });
   EXPECT_EQ(out, "[ALGO_MSG_WRN] [_ZebKol_GetConfig]Warning! AGC Buffer is NULL.\t\n"
-                 "[ALGO_MSG_WRN] [_ZebKol_GetConfig]Warning! The hpf_config is NULL.\t\n");
+                 "[ALGO_MSG_WRN] [_ZebKol_GetConfig]Warning! The hpf_config is NULL.\t\n"
+                 "[ALGO_MSG_WRN] [_ZebKol_GetConfig]Warning! The audio_process_init is NULL.\t\n"
+                 "[ALGO_MSG_WRN] [_ZebKol_GetConfig]Warning! AGC Buffer is NULL.\t\n");
   EXPECT_EQ(initBack.sample_rate, ZEB_KOL_SAMPLE_RATE_16000);
   EXPECT_EQ(back.anr.anr_filter_mode, 3u);
   EXPECT_EQ(back.eq.eq_gain_db[128], -7);
