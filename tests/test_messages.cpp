@@ -35,6 +35,12 @@ TEST(MessageLevel, MissingFileIsSilentSeven) {
   EXPECT_EQ(out, "");
 }
 
+TEST(MessageLevel, DirectoryIsNoLevelFile) {
+  zebtest::ScopedEnv env("DML_PATH", "/");
+  std::string out = zebtest::CaptureStdout([] { EXPECT_EQ(DynamicMessageLevel(), 7); });
+  EXPECT_EQ(out, "");
+}
+
 TEST(MessageLevel, OverlongPathIsCutNotOverrun) {
   std::string longPath(400, 'x');
   zebtest::ScopedEnv env("DML_PATH", longPath.c_str());

@@ -1,7 +1,9 @@
 #include "RivOsLayer.h"
 
+#include <errno.h>
 #include <fcntl.h>
 #include <stdlib.h>
+#include <sys/stat.h>
 #include <sys/types.h>
 #include <unistd.h>
 
@@ -37,7 +39,19 @@ int RivFsOpen(const char* path, int flags, int mode) {
   if (path == NULL) {
     return -1;
   }
-  return open(path, ToPosixFlags(flags) | O_CLOEXEC, (mode_t)mode);
+  const int fd = open(path, ToPosixFlags(flags) | O_CLOEXEC, (mode_t)mode);
+  if (fd < 0) {
+    return fd;
+  }
+  // Only files are opened: POSIX lets a directory be opened for reading, and
+  // its "length" from a seek to the end is no size to allocate.
+  struct stat st;
+  if (fstat(fd, &st) != 0 || S_ISDIR(st.st_mode)) {
+    close(fd);
+    errno = EISDIR;
+    return -1;
+  }
+  return fd;
 }
 
 long RivFsSeek(int fd, long offset, int whence) {
