@@ -289,6 +289,13 @@ TEST_F(EqFamilyFilters, DesignGuardsAndStereoCopy) {
   AudioFilterConfig bad{EQ_NOTCH_FILTER, 9000, 2, 6};
   CaptureStdout([&] { EXPECT_EQ(ZebEq_FilterDesign(h, 1, &bad), ALGO_EQ_RET_FAILED); });
   CaptureStdout([&] { EXPECT_EQ(ZebEq_FilterDesign(h, 11, &cfg), ALGO_EQ_RET_FAILED); });
+  // A type outside the enumeration's range reaches the check as the int it is.
+  AudioFilterConfig wild = cfg;
+  const int type7 = 7;
+  std::memcpy(&wild.type, &type7, sizeof(type7));
+  out = CaptureStdout([&] { EXPECT_EQ(ZebEq_FilterDesign(h, 1, &wild), ALGO_EQ_RET_FAILED); });
+  EXPECT_EQ(out, Err("[FilterDesignConfigCheck]Fail! Filter can only be EQ_NOTCH_FILTER, EQ_HIGH_PASS_FILTER, "
+                     "EQ_LOW_PASS_FILTER 7\t\n"));
   EXPECT_EQ(Rec(h)->iir_enable, 0);
   CaptureStdout([&] { EXPECT_EQ(ZebEq_FilterDesign(h, 2, &cfg), ALGO_EQ_RET_SUCCESS); });
   EXPECT_EQ(Rec(h)->iir_enable, 1);

@@ -395,6 +395,12 @@ TEST_F(EqFamily, InitTextsAndRefusals) {
     EXPECT_NE(out.find(Err(b.text) + Err("[EQ]Fail! The eq_init parameter error.\t\n")), std::string::npos)
         << out;
   }
+  // A rate outside the enumeration's range reaches the check as the int it is.
+  AudioEqInit wild{kFrame, 1, ZEB_EQ_SAMPLE_RATE_16000};
+  const int rate96k = 96000;
+  std::memcpy(&wild.sample_rate, &rate96k, sizeof(rate96k));
+  out = CaptureStdout([&] { EXPECT_EQ(ZebEq_Init(work_.data(), &wild), nullptr); });
+  EXPECT_NE(out.find(Err("[EQ]Fail! This EQ Lib only support sample rate 8K 16K 48K.\t\n")), std::string::npos);
   init.sample_rate = ZEB_EQ_SAMPLE_RATE_32000;
   CaptureStdout([&] { EXPECT_NE(ZebEq_Init(work_.data(), &init), nullptr); });
 }
@@ -497,6 +503,10 @@ TEST_F(EqFamily, ConfigStoresBeforeValidatingAndReportsStageCodes) {
   hpf = Hpf(1, 1, AUDIO_HPF_FREQ_BUTT);
   out = CaptureStdout([&] { EXPECT_EQ(ZebEq_Config(h, &hpf, &eq), ALGO_HPF_RET_INVALID_TABLE); });
   EXPECT_EQ(out, Err("[HPF]Fail! Unsupported hpf cutoff_frequency: 4\t\n") + Err("[HPF]Fail! Config fail.\t\n"));
+  const int cutoffWild = -1;  // outside the enumeration's range: taken as the int it is
+  std::memcpy(&hpf.cutoff_frequency, &cutoffWild, sizeof(cutoffWild));
+  out = CaptureStdout([&] { EXPECT_EQ(ZebEq_Config(h, &hpf, &eq), ALGO_HPF_RET_INVALID_TABLE); });
+  EXPECT_EQ(out, Err("[HPF]Fail! Unsupported hpf cutoff_frequency: -1\t\n") + Err("[HPF]Fail! Config fail.\t\n"));
 
   // Neither the high-pass switch nor its mode is validated.
   hpf = Hpf(7, 9, AUDIO_HPF_FREQ_80);

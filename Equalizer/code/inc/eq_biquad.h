@@ -16,7 +16,7 @@ extern "C" {
 
 // Section shapes, with the values of the public EQ_FILTER_TYPE. The notch
 // is a peaking section; high and low pass become shelves at non-zero gain.
-typedef enum {
+typedef enum EQ_INT_ENUM_BASE {
   _EQ_NOTCH_FILTER = 0,
   _EQ_HIGH_PASS_FILTER = 1,
   _EQ_LOW_PASS_FILTER = 2

@@ -10,12 +10,21 @@
 extern "C" {
 #endif
 
+// The stage enumerations hold any int a caller may leave in the public
+// field they mirror; with int as their base every such value stays a value
+// of the type, and the stage that owns it judges it.
+#ifdef __cplusplus
+#define EQ_INT_ENUM_BASE : int
+#else
+#define EQ_INT_ENUM_BASE
+#endif
+
 #define EQ_BINS 129            // bins of the 256-point spectrum
 #define EQ_MAX_BIQUADS 10
 #define EQ_BIQUAD_STATE_WORDS 20  // two delays per section
 
 // High-pass cut-offs, with the values of the public ZEB_HPF_FREQ.
-typedef enum {
+typedef enum EQ_INT_ENUM_BASE {
   _AUDIO_HPF_FREQ_80 = 0,
   _AUDIO_HPF_FREQ_120 = 1,
   _AUDIO_HPF_FREQ_150 = 2,
@@ -106,6 +115,25 @@ int HPF_FiniteImpulseResponseFilter(short int* HPF_filter_buffer, short int* Y_i
                                     _ZEB_HPF_FREQ hpf_freq, int dbg_level);
 
 #ifdef __cplusplus
+}
+
+#include <string.h>
+
+// An enumeration field of a public record, read or written as the int it
+// holds: through the public type, a value outside its enumerators' range is
+// undefined in C++, and a C caller may leave any int there.
+template <typename E>
+inline int EQ_PublicEnumValue(const E& field) {
+  static_assert(sizeof(E) == sizeof(int), "public enumerations are int-sized");
+  int value;
+  memcpy(&value, &field, sizeof(value));
+  return value;
+}
+
+template <typename E>
+inline void EQ_SetPublicEnumValue(E* field, int value) {
+  static_assert(sizeof(E) == sizeof(int), "public enumerations are int-sized");
+  memcpy(field, &value, sizeof(value));
 }
 #endif
 
