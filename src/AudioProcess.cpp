@@ -10,6 +10,7 @@
 #include "DynamicRangeProcessing.h"
 #include "agc.h"
 #include "debug_msglevel.h"
+#include "enum_field.h"
 #include "eq_filter.h"
 #include "frame_stage.h"
 #include "nr_core.h"
@@ -28,17 +29,6 @@ constexpr int kMaxHandleId = 100;  // dump file numbers run 0..100
 static_assert(KOL_MAX_CHANNELS == NR_WORK_BUFFER_CHANNELS, "the chain carves both noise reducers");
 static_assert(kFftLenSamples == FRAME_STAGE_FFT_LEN_SAMPLES, "the shared frame steps run 256 points");
 
-// A C caller may leave any int in an enumeration field of a public record.
-// Read through the enumeration type, a value outside the enumerators' range
-// is undefined in C++, so such fields are read as the int they hold and the
-// stage that owns the value judges it.
-template <typename E>
-int EnumFieldValue(const E& field) {
-  static_assert(sizeof(E) == sizeof(int), "public enumerations are int-sized");
-  int value;
-  memcpy(&value, &field, sizeof(value));
-  return value;
-}
 
 // The high-pass stage takes the cut-off as its enumeration and checks it
 // against its four choices before any table is looked up.

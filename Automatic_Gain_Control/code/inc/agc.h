@@ -208,18 +208,7 @@ void Filter_Coeff_Reset(float x, float y);
 #ifdef __cplusplus
 }
 
-#include <string.h>
-
-// An enumeration field of a public record, read as the int it holds:
-// through the public type, a value outside its enumerators' range is
-// undefined in C++, and a C caller may leave any int there.
-template <typename E>
-inline int AGC_PublicEnumValue(const E& field) {
-  static_assert(sizeof(E) == sizeof(int), "public enumerations are int-sized");
-  int value;
-  memcpy(&value, &field, sizeof(value));
-  return value;
-}
+#include "enum_field.h"
 #endif
 
 #endif

@@ -200,7 +200,7 @@ _ALGO_AGC_RET AGC_CheckInitParameter(AudioAgcInit* agc_init, int dbg_level) {
     ALGO_ERR(dbg_level, "[ANR]This AGC Lib only support mono or stereo ....\r\n");
     return _ALGO_AGC_RET_INVALID_CHANNEL;
   }
-  switch (AGC_PublicEnumValue(agc_init->sample_rate)) {
+  switch (EnumFieldValue(agc_init->sample_rate)) {
     case ZEB_AGC_SAMPLE_RATE_8000:
     case ZEB_AGC_SAMPLE_RATE_16000:
     case ZEB_AGC_SAMPLE_RATE_32000:

@@ -117,24 +117,7 @@ int HPF_FiniteImpulseResponseFilter(short int* HPF_filter_buffer, short int* Y_i
 #ifdef __cplusplus
 }
 
-#include <string.h>
-
-// An enumeration field of a public record, read or written as the int it
-// holds: through the public type, a value outside its enumerators' range is
-// undefined in C++, and a C caller may leave any int there.
-template <typename E>
-inline int EQ_PublicEnumValue(const E& field) {
-  static_assert(sizeof(E) == sizeof(int), "public enumerations are int-sized");
-  int value;
-  memcpy(&value, &field, sizeof(value));
-  return value;
-}
-
-template <typename E>
-inline void EQ_SetPublicEnumValue(E* field, int value) {
-  static_assert(sizeof(E) == sizeof(int), "public enumerations are int-sized");
-  memcpy(field, &value, sizeof(value));
-}
+#include "enum_field.h"
 #endif
 
 #endif

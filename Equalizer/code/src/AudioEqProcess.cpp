@@ -121,7 +121,7 @@ EQ_HANDLE InitBody(char* working_buffer_address, AudioEqInit* eq_init) {
   }
   ALGO_MSG(lv, "[EQ]FFT mode: floating point mode.\t\n");
   // The init record may lie in the buffer about to be cleared.
-  const _AudioEqInit init = {eq_init->point_number, eq_init->channel, EQ_PublicEnumValue(eq_init->sample_rate)};
+  const _AudioEqInit init = {eq_init->point_number, eq_init->channel, EnumFieldValue(eq_init->sample_rate)};
   memset(working_buffer_address, 0, _ZebEq_GetBufferSize());
   AudioEqInternel* h = EQ_AllocateWorkingBufferAddressPartial(working_buffer_address, lv);
   if (h == NULL) {
@@ -235,7 +235,7 @@ ALGO_EQ_RET _ZebEq_Config(EQ_HANDLE handle, AudioHpfConfig* hpf_config, AudioEqC
   if (hpf_config != NULL) {
     h->hpf_config.hpf_enable = hpf_config->hpf_enable;
     h->hpf_config.user_mode = hpf_config->user_mode;
-    h->hpf_config.cutoff_frequency = (_ZEB_HPF_FREQ)EQ_PublicEnumValue(hpf_config->cutoff_frequency);
+    h->hpf_config.cutoff_frequency = (_ZEB_HPF_FREQ)EnumFieldValue(hpf_config->cutoff_frequency);
   }
   const bool stereo = h->eq_init.channel == 2;
   if (h->eq_config.eq_enable && h->eq_config.user_mode) {
@@ -285,7 +285,7 @@ ALGO_EQ_RET _ZebEq_GetConfig(EQ_HANDLE handle, AudioEqInit* eq_init, AudioHpfCon
   if (hpf_config != NULL) {
     hpf_config->hpf_enable = h->hpf_config.hpf_enable;
     hpf_config->user_mode = h->hpf_config.user_mode;
-    EQ_SetPublicEnumValue(&hpf_config->cutoff_frequency, (int)h->hpf_config.cutoff_frequency);
+    SetEnumFieldValue(&hpf_config->cutoff_frequency, (int)h->hpf_config.cutoff_frequency);
   }
   if (eq_config != NULL) {
     eq_config->eq_enable = h->eq_config.eq_enable;

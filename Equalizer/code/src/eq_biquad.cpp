@@ -140,7 +140,7 @@ void RunDirectFormII(EQinst_t* inst, int s, short* Y_in) {
 
 _AudioFilterConfig ToStageFilterConfig(const AudioFilterConfig* cfg) {
   _AudioFilterConfig out;
-  out.type = (_EQ_FILTER_TYPE)EQ_PublicEnumValue(cfg->type);
+  out.type = (_EQ_FILTER_TYPE)EnumFieldValue(cfg->type);
   out.f0 = cfg->f0;
   out.Q_factor = cfg->q_factor;
   out.gain = cfg->gain;
