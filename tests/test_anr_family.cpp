@@ -133,11 +133,16 @@ TEST(AnrInit, BadStreamParametersAreRefusedAfterClearing) {
       {128, 1, 44100,
        "[ANR]Fail! Unsupported sample_rate 44100. This ANR Lib only support sample rate 8K 16K "
        "32K 48K.\t\n"},
+      // Beyond the enumeration's range: a C caller can still store it.
+      {128, 1, 96000,
+       "[ANR]Fail! Unsupported sample_rate 96000. This ANR Lib only support sample rate 8K 16K "
+       "32K 48K.\t\n"},
   };
   for (const auto& r : rows) {
     Anr a;
     std::memset(a.buf(), 0xAB, ZebAnr_GetBufferSize());
-    AudioAnrInit init = {r.pn, r.ch, (ZEB_ANR_SAMPLE_RATE)r.fs};
+    AudioAnrInit init = {r.pn, r.ch, ZEB_ANR_SAMPLE_RATE_16000};
+    std::memcpy(&init.sample_rate, &r.fs, sizeof(r.fs));
     ANR_HANDLE h = &a;
     const std::string out = CaptureStdout([&] { h = ZebAnr_Init(a.buf(), &init); });
     EXPECT_EQ(h, nullptr);

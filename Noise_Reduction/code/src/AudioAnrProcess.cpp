@@ -9,6 +9,7 @@
 
 #include "ComfortNoise.h"
 #include "debug_msglevel.h"
+#include "enum_field.h"
 #include "frame_stage.h"
 #include "nr_work_buffer.h"
 #include "work_buffer.h"
@@ -77,7 +78,7 @@ ALGO_ANR_RET NR_CheckInitParameter(const AudioAnrInit* anr_init, int dbg_level) 
              (int)anr_init->channel);
     return ALGO_ANR_RET_INVALID_CHANNEL;
   }
-  const int fs = (int)anr_init->sample_rate;
+  const int fs = EnumFieldValue(anr_init->sample_rate);
   if (fs != 8000 && fs != 16000 && fs != 32000 && fs != 48000) {
     ALGO_ERR(dbg_level,
              "[ANR]Fail! Unsupported sample_rate %d. This ANR Lib only support sample rate 8K 16K "
@@ -92,7 +93,7 @@ AudioAnrInit PublicInit(const _AudioAnrInit& in) {
   AudioAnrInit out;
   out.point_number = in.point_number;
   out.channel = in.channel;
-  out.sample_rate = (ZEB_ANR_SAMPLE_RATE)in.sample_rate;
+  SetEnumFieldValue(&out.sample_rate, in.sample_rate);
   return out;
 }
 
@@ -100,7 +101,7 @@ _AudioAnrInit CoreInit(const AudioAnrInit& in) {
   _AudioAnrInit out;
   out.point_number = in.point_number;
   out.channel = in.channel;
-  out.sample_rate = (int)in.sample_rate;
+  out.sample_rate = EnumFieldValue(in.sample_rate);
   return out;
 }
 
@@ -284,7 +285,7 @@ ALGO_ANR_RET _ZebAnr_Config(ANR_HANDLE handle, AudioAnrConfig* anr_config) {
   memcpy(c->anr_intensity_band, anr_config->anr_intensity_band, sizeof(c->anr_intensity_band));
   memcpy(c->anr_intensity, anr_config->anr_intensity, sizeof(c->anr_intensity));
   c->anr_smooth_level = anr_config->anr_smooth_level;
-  c->anr_converge_speed = (int)anr_config->anr_converge_speed;
+  c->anr_converge_speed = EnumFieldValue(anr_config->anr_converge_speed);
   c->anr_filter_mode = anr_config->anr_filter_mode;
 
   int ret = NR_Config(h->nr_inst[0], c);
@@ -316,7 +317,7 @@ ALGO_ANR_RET _ZebAnr_GetConfig(ANR_HANDLE handle, AudioAnrInit* anr_init,
     memcpy(anr_config->anr_intensity_band, c->anr_intensity_band, sizeof(c->anr_intensity_band));
     memcpy(anr_config->anr_intensity, c->anr_intensity, sizeof(c->anr_intensity));
     anr_config->anr_smooth_level = c->anr_smooth_level;
-    anr_config->anr_converge_speed = (NR_CONVERGE_SPEED)c->anr_converge_speed;
+    SetEnumFieldValue(&anr_config->anr_converge_speed, c->anr_converge_speed);
     anr_config->anr_filter_mode = c->anr_filter_mode;
   }
   return ALGO_ANR_RET_SUCCESS;
