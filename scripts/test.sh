@@ -16,8 +16,8 @@ run_suite() {
 }
 
 echo "== Release build and tests"
-run_suite "$root/build" -DCMAKE_BUILD_TYPE=Release
+run_suite "$root/build" -DCMAKE_BUILD_TYPE=Release -DZEBAUDIO_BUILD_TESTS=ON -DZEBAUDIO_BUILD_TOOLS=ON -DZEBAUDIO_BUILD_BENCHMARKS=ON
 echo "== AddressSanitizer + UndefinedBehaviorSanitizer build and tests"
 ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
-  run_suite "$root/build-asan" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DZEBAUDIO_SANITIZE=ON -DZEBAUDIO_BUILD_BENCHMARKS=OFF
+  run_suite "$root/build-asan" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DZEBAUDIO_SANITIZE=ON -DZEBAUDIO_BUILD_TESTS=ON -DZEBAUDIO_BUILD_TOOLS=ON -DZEBAUDIO_BUILD_BENCHMARKS=OFF
 echo "== All tests passed"
