@@ -332,8 +332,8 @@ TEST_F(ToolTest, SummaryReportsLevelsAndTimingAndQuietSilencesIt) {
 TEST_F(ToolTest, SpectrogramIsAPngOfTheExpectedSize) {
   Audio in = Silence(16000, 1, 16000 * 2);
   AddTone(&in, 500.0, 3000.0);
-  Process(in, {"--spectrogram", Path("spec.png")});
-  const std::string png = Slurp(Path("spec.png"));
+  Process(in, {"--spectrogram", Path("picture.png")});
+  const std::string png = Slurp(Path("picture.png"));
   ASSERT_GT(png.size(), 33u);
   EXPECT_EQ(png.substr(0, 8), std::string("\x89PNG\r\n\x1a\n", 8));
   auto be32 = [&](size_t at) {

@@ -165,12 +165,12 @@ struct Reader {
               const std::string& where) {
     if (!cJSON_IsObject(object)) return Fail(where, "must be an object");
     for (const cJSON* item = object->child; item != nullptr; item = item->next) {
-      const FieldSpec* spec = nullptr;
+      const FieldSpec* fieldDef = nullptr;
       for (size_t i = 0; i < count; ++i) {
-        if (strcmp(fields[i].name, item->string) == 0) spec = &fields[i];
+        if (strcmp(fields[i].name, item->string) == 0) fieldDef = &fields[i];
       }
-      if (spec == nullptr) return Fail(where, std::string("has no field \"") + item->string + "\"");
-      if (!Field(item, *spec, base + spec->offset, where + "." + spec->name)) return false;
+      if (fieldDef == nullptr) return Fail(where, std::string("has no field \"") + item->string + "\"");
+      if (!Field(item, *fieldDef, base + fieldDef->offset, where + "." + fieldDef->name)) return false;
     }
     return true;
   }

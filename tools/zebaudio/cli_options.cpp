@@ -240,8 +240,8 @@ const OptionSpec kOptions[] = {
 
 const OptionSpec* FindOption(const std::string& name) {
   std::string canonical = name == "-q" ? "--quiet" : name == "-v" ? "--verbose" : name;
-  for (const OptionSpec& spec : kOptions) {
-    if (canonical == spec.name) return &spec;
+  for (const OptionSpec& option : kOptions) {
+    if (canonical == option.name) return &option;
   }
   return nullptr;
 }
@@ -268,23 +268,23 @@ bool ParseOptions(int argc, char** argv, int first, CommandLine* cl, std::string
       value = arg.substr(eq + 1);
       inlineValue = true;
     }
-    const OptionSpec* spec = FindOption(name);
-    if (spec == nullptr || (configCommand && !spec->stageOption)) {
+    const OptionSpec* option = FindOption(name);
+    if (option == nullptr || (configCommand && !option->stageOption)) {
       *error = "unknown option '" + name + "' for '" + commandName + "'";
       return false;
     }
-    if (spec->takesValue && !inlineValue) {
+    if (option->takesValue && !inlineValue) {
       if (i + 1 >= argc) {
-        *error = "option " + name + " needs a value: " + spec->valueHint;
+        *error = "option " + name + " needs a value: " + option->valueHint;
         return false;
       }
       value = argv[++i];
-    } else if (!spec->takesValue && inlineValue) {
+    } else if (!option->takesValue && inlineValue) {
       *error = "option " + name + " takes no value";
       return false;
     }
-    if (!spec->handler(value, &cl->options)) {
-      *error = "bad value '" + value + "' for " + name + ": expected " + spec->valueHint;
+    if (!option->handler(value, &cl->options)) {
+      *error = "bad value '" + value + "' for " + name + ": expected " + option->valueHint;
       return false;
     }
   }

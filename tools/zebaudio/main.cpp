@@ -17,7 +17,7 @@
 #include "chain_runner.h"
 #include "chain_settings.h"
 #include "cli_options.h"
-#include "spectrogram.h"
+#include "sonogram.h"
 #include "summary.h"
 
 namespace zebtool {

@@ -1,4 +1,4 @@
-#include "spectrogram.h"
+#include "sonogram.h"
 
 #include <png.h>
 #include <unistd.h>
